@@ -1,0 +1,93 @@
+#include "lib/format_conversion/detail/processor.h"
+
+#include <atomic>
+
+#if defined(__x86_64__)
+#include <cpuid.h>
+#endif
+
+namespace Processing::FXlib::format_conversion::detail {
+
+namespace {
+
+bool can_run(processor p)
+{
+#if defined(__x86_64__)
+    __builtin_cpu_init();
+    switch (p) {
+    case processor::ssse3:
+        return true;
+    case processor::avx2:
+        return __builtin_cpu_supports("avx2");
+    case processor::avx512:
+        return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("avx512f") &&
+               __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
+               __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vnni");
+    }
+    return false;
+#else
+    return p == processor::ssse3;
+#endif
+}
+
+std::atomic<processor>& choice()
+{
+    static std::atomic<processor> current{variants().back()};
+    return current;
+}
+
+std::atomic<processor> reported{processor::ssse3};
+
+} // namespace
+
+std::vector<processor> variants()
+{
+    std::vector<processor> found;
+    for (processor const p : {processor::ssse3, processor::avx2, processor::avx512})
+        if (can_run(p))
+            found.push_back(p);
+    return found;
+}
+
+char const* name(processor p)
+{
+    switch (p) {
+    case processor::ssse3:
+        return "ssse3";
+    case processor::avx2:
+        return "avx2";
+    case processor::avx512:
+        return "avx512";
+    }
+    return "unknown";
+}
+
+processor chosen() { return choice().load(std::memory_order_relaxed); }
+
+void force(processor p) { choice().store(p, std::memory_order_relaxed); }
+
+void unforce() { force(variants().back()); }
+
+processor last_ran() { return reported.load(std::memory_order_relaxed); }
+
+void note_ran(processor p)
+{
+    // Written only when it changes, so that threads do not fight for the line.
+    if (reported.load(std::memory_order_relaxed) != p)
+        reported.store(p, std::memory_order_relaxed);
+}
+
+bool has_fast_strings()
+{
+#if defined(__x86_64__)
+    static bool const fast = [] {
+        unsigned a = 0, b = 0, c = 0, d = 0;
+        return __get_cpuid_count(7, 0, &a, &b, &c, &d) != 0 && (b & (1u << 9)) != 0;
+    }();
+    return fast;
+#else
+    return false;
+#endif
+}
+
+} // namespace Processing::FXlib::format_conversion::detail

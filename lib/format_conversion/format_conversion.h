@@ -1,0 +1,17 @@
+// Every whole-picture conversion: one namespace a source layout, one function a target layout, components named in
+// memory order. Nothing here allocates, keeps state or fails; buffers are the caller's to size, and source and
+// destination must not overlap. Any number of threads may convert at once.
+#pragma once
+
+#include "lib/format_conversion/alignment.h"
+#include "lib/format_conversion/bgr.h"
+#include "lib/format_conversion/bgra.h"
+#include "lib/format_conversion/bgrx.h"
+#include "lib/format_conversion/color_space.h"
+#include "lib/format_conversion/rgba.h"
+#include "lib/format_conversion/rgbx.h"
+#include "lib/format_conversion/vuya.h"
+#include "lib/format_conversion/vuyx.h"
+#include "lib/format_conversion/y.h"
+#include "lib/format_conversion/ycbcra.h"
+#include "lib/format_conversion/ycbcrx.h"

@@ -1,0 +1,6 @@
+// Every kernel: it converts one run of pixels. The first two flags say whether source and destinations may be accessed
+// as aligned 16-byte vectors; results never depend on them.
+#pragma once
+
+#include "lib/format_conversion/line/copy.h"
+#include "lib/format_conversion/line/ycbcr444_to_uyvy.h"
