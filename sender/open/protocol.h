@@ -12,23 +12,21 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace quillo::protocol
-{
+namespace quillo::protocol {
 
 constexpr std::uint32_t version = 1;
 constexpr std::uint32_t magic = 0x6F6C7551; // "Qulo"
 
-constexpr std::uint32_t max_body = 1u << 20;            // of one message, bytes
-constexpr std::uint32_t max_name = 255;                 // of a source's name, bytes of UTF-8
-constexpr std::int32_t max_side = 16384;                // of a picture, pixels
-constexpr std::uint64_t max_slot_bytes = 1ull << 30;    // of one picture
-constexpr std::uint32_t max_slots = 8;                  // of a pool
-constexpr std::int32_t max_channels = 64;               // of audio
-constexpr std::int32_t max_block_samples = 1 << 16;     // a channel in one block
+constexpr std::uint32_t max_body = 1u << 20;         // of one message, bytes
+constexpr std::uint32_t max_name = 255;              // of a source's name, bytes of UTF-8
+constexpr std::int32_t max_side = 16384;             // of a picture, pixels
+constexpr std::uint64_t max_slot_bytes = 1ull << 30; // of one picture
+constexpr std::uint32_t max_slots = 8;               // of a pool
+constexpr std::int32_t max_channels = 64;            // of audio
+constexpr std::int32_t max_block_samples = 1 << 16;  // a channel in one block
 constexpr std::int32_t max_sample_rate = 768000;
 
-enum class message : std::uint32_t
-{
+enum class message : std::uint32_t {
     // sender to publisher
     hello = 1,        // hello_body, first on every connection
     video_format = 2, // video_format_body: sent before the first picture and on every change, watched or not
@@ -60,9 +58,10 @@ struct hello_body
 {
     std::uint32_t version;
     std::uint32_t pid;
-    std::uint8_t sender_id[16]; // random, kept for the sender's life, so that a reconnection is known as the same source
-    std::uint32_t name_size;    // bytes of UTF-8 that follow this body
-    std::uint32_t groups_size;  // bytes that follow the name
+    std::uint8_t
+        sender_id[16];         // random, kept for the sender's life, so that a reconnection is known as the same source
+    std::uint32_t name_size;   // bytes of UTF-8 that follow this body
+    std::uint32_t groups_size; // bytes that follow the name
 };
 
 // The sender's wish for pictures follows from wants: nobody watches, no pixel is read.
@@ -88,12 +87,14 @@ struct video_format_body
     float aspect;
     std::int32_t frame_format; // FrameFormat_interleaved or FrameFormat_progressive
     std::uint32_t reserved;
+    bool operator==(video_format_body const&) const = default;
 };
 
 struct audio_format_body
 {
     std::int32_t rate;
     std::int32_t channels;
+    bool operator==(audio_format_body const&) const = default;
 };
 
 struct pool_body
@@ -123,7 +124,7 @@ struct audio_body
     std::int32_t samples; // a channel
     std::uint32_t silent; // 1: the host had no audio for this block; no samples follow, timecode_100ns means nothing
     std::int64_t timecode_100ns;
-    std::int64_t sent_ns;  // CLOCK_MONOTONIC at which the block's first sample is due
+    std::int64_t sent_ns;       // CLOCK_MONOTONIC at which the block's first sample is due
     std::uint64_t sample_index; // of the first sample, counts all samples sent since the sender was made
 };
 
@@ -138,6 +139,7 @@ struct losses_body
     std::uint64_t audio_refused;
     std::uint64_t video_late; // new anchors of the video clock: the host was late
     std::uint64_t audio_late;
+    bool operator==(losses_body const&) const = default;
 };
 
 struct release_body

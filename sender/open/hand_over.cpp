@@ -1,0 +1,333 @@
+#include "sender/open/hand_over.h"
+
+#include "sender/open/runtime_folder.h"
+
+#include <poll.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace quillo::open {
+
+using namespace std::chrono_literals;
+using protocol::message;
+
+namespace {
+
+constexpr auto shortest_pause = 10ms; // between attempts to connect
+constexpr auto longest_pause = 500ms;
+constexpr auto pause_after_start = 100ms; // a publisher has been started and will listen soon
+constexpr auto books_interval = 1s;
+constexpr auto report_interval = 10s;
+
+std::span<std::byte const> bytes_of(std::string const& text) { return std::as_bytes(std::span{text}); }
+
+} // namespace
+
+hand_over::hand_over(source_identity who, std::string runtime_folder, start_environment variables)
+    : box([this] { wake_up.wake(); }), identity(std::move(who)), folder(std::move(runtime_folder)),
+      environment(std::move(variables)), messages(read_log_level(environment.get("QUILLO_LOG")), identity.name)
+{
+}
+
+void hand_over::stop()
+{
+    stopping = true;
+    wake_up.wake();
+}
+
+void hand_over::run()
+{
+    while (!stopping) {
+        auto const now = steady::now();
+        try {
+            if (!publisher && now >= next_connect)
+                connect(now);
+            if (publisher && !talk(now))
+                disconnect(now, publisher->confused() ? "it says what nobody understands" : "it closed the connection");
+            keep_books(now);
+        } catch (std::exception const& error) {
+            disconnect(now, error.what());
+        }
+        wait(now);
+    }
+    publisher.reset();
+    box.set_wants(false, false);
+}
+
+void hand_over::connect(steady::time_point now)
+{
+    std::error_code problem;
+    std::string folder_problem;
+    if (!make_private_folder(folder, folder_problem))
+        note(log_level::error, folder_problem);
+    else
+        publisher = channel::connect(socket_path(folder), problem);
+
+    if (!publisher) {
+        if (problem == std::errc::no_such_file_or_directory || problem == std::errc::connection_refused)
+            start_publisher_if_allowed(now);
+        else if (problem)
+            note(log_level::warning, "cannot reach the publisher: " + problem.message());
+        auto const longest = now - last_start < 3s ? pause_after_start : longest_pause;
+        connect_pause = std::clamp<steady::duration>(2 * connect_pause, shortest_pause, longest);
+        next_connect = now + connect_pause;
+        return;
+    }
+    connected_at = now;
+    welcomed = false;
+    said_formats = {};
+    protocol::hello_body hello{.version = protocol::version,
+                               .pid = static_cast<std::uint32_t>(::getpid()),
+                               .sender_id = {},
+                               .name_size = static_cast<std::uint32_t>(identity.name.size()),
+                               .groups_size = static_cast<std::uint32_t>(identity.groups.size())};
+    std::copy(identity.id.begin(), identity.id.end(), hello.sender_id);
+    if (!publisher->send(message::hello, hello, bytes_of(identity.name + identity.groups)))
+        disconnect(now, "it closed the connection");
+}
+
+void hand_over::start_publisher_if_allowed(steady::time_point now)
+{
+    if (!starts.may_start(now))
+        return;
+    starts.started(now);
+    auto const program = find_publisher(environment);
+    if (!program) {
+        auto const* const chosen = environment.get("QUILLO_PUBLISHER");
+        note(chosen ? log_level::debug : log_level::error,
+             "no publisher runs, and there is no program to start one: set QUILLO_PUBLISHER");
+        return;
+    }
+    try {
+        start_publisher(*program, folder, environment);
+        last_start = now;
+        messages.write(log_level::info, "started " + *program + " serve --on-demand");
+    } catch (std::system_error const& error) {
+        note(log_level::error, std::string{"cannot start a publisher: "} + error.what());
+    }
+}
+
+void hand_over::disconnect(steady::time_point now, std::string const& why)
+{
+    note(welcomed ? log_level::warning : log_level::info, "no connection to the publisher: " + why);
+    bool const held_for_long = publisher && now - connected_at >= 1s;
+    publisher.reset();
+    pool.reset();
+    publisher_speaks = false;
+    wants = {};
+    box.set_attentive(false);
+    box.set_wants(false, false);
+    starts.lost(now);
+    // One that has held for a while is tried again at once, one that breaks every time less and less often.
+    connect_pause = held_for_long ? steady::duration{}
+                                  : std::clamp<steady::duration>(2 * connect_pause, shortest_pause, longest_pause);
+    next_connect = now + connect_pause;
+}
+
+void hand_over::note(log_level level, std::string const& problem)
+{
+    if (problem != std::exchange(last_problem, problem))
+        messages.write(level, problem);
+}
+
+bool hand_over::talk(steady::time_point now)
+{
+    if (std::exchange(publisher_speaks, false)) {
+        bool const open = publisher->receive();
+        while (auto const said = publisher->next())
+            if (!obey(*said, now))
+                return false;
+        if (!open || publisher->confused())
+            return false;
+    }
+    if (!publisher->flush())
+        return false;
+    if (!wants.video && publisher->idle())
+        pool.reset();
+    return say_formats() && say_picture(now) && say_sound();
+}
+
+bool hand_over::obey(incoming const& said, steady::time_point now)
+{
+    switch (said.type) {
+    case message::welcome:
+        if (said.welcome.version != protocol::version) {
+            note(log_level::error, "the publisher that runs is of another version");
+            return false;
+        }
+        welcomed = true;
+        starts.answered(now);
+        last_problem.clear();
+        messages.write(log_level::info, "connected to the publisher, process " + std::to_string(said.welcome.pid));
+        break;
+    case message::wants:
+        wants = said.wants;
+        box.set_wants(wants.video != 0, wants.audio != 0);
+        if (!wants.video)
+            box.set_attentive(false);
+        messages.write(log_level::debug, std::string{"wanted: "} + (wants.video ? "pictures " : "no pictures ") +
+                                             (wants.audio ? "sound" : "no sound"));
+        break;
+    default:
+        if (pool && said.release.pool_id == pool_id)
+            pool->give_back(said.release.slot);
+    }
+    return true;
+}
+
+bool hand_over::say_formats()
+{
+    if (!publisher->idle())
+        return true;
+    auto const current = box.current_formats();
+    bool alive = true;
+    if (current.video && current.video != said_formats.video)
+        alive = publisher->send(message::video_format, *current.video);
+    if (alive && current.audio && current.audio != said_formats.audio)
+        alive = publisher->send(message::audio_format, *current.audio);
+    said_formats = current;
+    return alive;
+}
+
+bool hand_over::say_picture(steady::time_point now)
+{
+    auto const bytes = box.offered_bytes();
+    if (!bytes)
+        return true;
+    if (!publisher->idle()) {
+        box.set_starved();
+        return true;
+    }
+    if ((!pool || pool->slot_bytes() < *bytes) && !make_pool(*bytes, now))
+        return false;
+    auto const slot = pool && publisher->idle() ? pool->take() : std::nullopt;
+    if (!slot) {
+        box.set_starved();
+        return true;
+    }
+    auto const offer = box.begin_copy(pool->slot_bytes());
+    if (!offer) {
+        pool->give_back(*slot);
+        return true;
+    }
+    offer->held.what.copy_to(pool->slot(*slot));
+    box.end_copy();
+    return publisher->send(message::video, protocol::video_body{.format = offer->held.what.format,
+                                                                .pool_id = pool_id,
+                                                                .slot = *slot,
+                                                                .timecode_100ns = offer->held.timecode_100ns,
+                                                                .sent_ns = offer->held.sent_ns,
+                                                                .index = offer->held.index,
+                                                                .repeat = offer->repeat ? 1u : 0u,
+                                                                .reserved = 0});
+}
+
+bool hand_over::make_pool(std::size_t picture_bytes, steady::time_point now)
+{
+    if (now < next_pool)
+        return true;
+    // Touching all of it takes a while, for which no video call shall wait.
+    box.set_attentive(false);
+    pool.reset();
+    try {
+        pool.emplace(picture_bytes);
+    } catch (std::system_error const& error) {
+        note(log_level::error, std::string{"no memory for pictures: "} + error.what());
+        next_pool = now + 1s;
+        return true;
+    }
+    ++pool_id;
+    box.set_attentive(true);
+    return publisher->send(
+        message::pool,
+        protocol::pool_body{.pool_id = pool_id, .slots = slot_pool::slots, .slot_bytes = pool->slot_bytes()}, {},
+        pool->fd());
+}
+
+bool hand_over::say_sound()
+{
+    while (publisher->idle()) {
+        auto const* const block = box.first_sound();
+        if (!block)
+            return true;
+        bool const alive = publisher->send(message::audio, block->head, block->samples);
+        box.drop_sound();
+        if (!alive)
+            return false;
+    }
+    return true;
+}
+
+// Counts go to the publisher once a second and losses to the log once in ten, while there is anything new; a resting
+// host lets this thread sleep.
+void hand_over::keep_books(steady::time_point now)
+{
+    for (auto const& line : box.first_refusals())
+        messages.write(log_level::warning, line);
+
+    if (next_books && now < *next_books)
+        return;
+    box.wake_on_send();
+    auto const totals = box.totals();
+    if (now >= next_report && !(totals == reported)) {
+        report_losses(totals);
+        next_report = now + report_interval;
+    }
+    bool const news = !(totals == booked);
+    if (news && publisher && publisher->idle() && publisher->send(message::losses, totals))
+        booked = totals;
+    next_books.reset();
+    if (news || !(totals == reported))
+        next_books = now + books_interval;
+}
+
+void hand_over::report_losses(protocol::losses_body const& totals)
+{
+    auto const since = [&](std::uint64_t protocol::losses_body::*count) { return totals.*count - reported.*count; };
+    auto const no_slot = since(&protocol::losses_body::video_no_slot);
+    auto const replaced = since(&protocol::losses_body::video_replaced);
+    auto const no_room = since(&protocol::losses_body::audio_no_room);
+    auto const refused = since(&protocol::losses_body::video_refused) + since(&protocol::losses_body::audio_refused);
+    auto const late_video = since(&protocol::losses_body::video_late);
+    auto const late_audio = since(&protocol::losses_body::audio_late);
+    reported = totals;
+
+    using std::to_string;
+    if (no_slot + replaced + no_room + refused)
+        messages.write(log_level::warning, "lost since the last such line: " + to_string(no_slot) +
+                                               " pictures to which the publisher gave no place, " +
+                                               to_string(replaced) + " overtaken by the next one, " +
+                                               to_string(no_room) +
+                                               " blocks of sound that the publisher did not read in time, " +
+                                               to_string(refused) + " records refused");
+    if (late_video + late_audio)
+        messages.write(log_level::info, "the host was late: picture clock started anew " + to_string(late_video) +
+                                            " times, sound clock " + to_string(late_audio) + " times");
+}
+
+void hand_over::wait(steady::time_point now)
+{
+    auto until = steady::time_point::max();
+    if (!publisher)
+        until = std::min(until, next_connect);
+    if (next_books)
+        until = std::min(until, *next_books);
+
+    int timeout = -1;
+    if (until != steady::time_point::max())
+        timeout = static_cast<int>(
+            std::clamp<std::int64_t>(std::chrono::ceil<std::chrono::milliseconds>(until - now).count(), 0, 60'000));
+
+    std::array<pollfd, 2> sources{};
+    sources[0] = {wake_up.fd(), POLLIN, 0};
+    sources[1] = {publisher ? publisher->fd() : -1, POLLIN, 0};
+    if (publisher && !publisher->idle())
+        sources[1].events |= POLLOUT;
+    ::poll(sources.data(), sources.size(), timeout);
+    if (sources[0].revents)
+        wake_up.drain();
+    publisher_speaks = sources[1].revents & (POLLIN | POLLHUP | POLLERR);
+}
+
+} // namespace quillo::open

@@ -1,0 +1,229 @@
+#include "sender/open/mailbox.h"
+
+#include <utility>
+
+namespace quillo::open {
+
+mailbox::mailbox(std::function<void()> on_work) : wake(std::move(on_work)) {}
+
+void mailbox::take_back(steady::time_point patience)
+{
+    std::unique_lock guard{lock};
+    take_back(guard, patience);
+}
+
+void mailbox::take_back(std::unique_lock<std::mutex>& guard, steady::time_point patience)
+{
+    auto const waits_for_pick_up = [&] { return held && held_stage == stage::fresh && wants_video && attentive; };
+    if (waits_for_pick_up())
+        moved_on.wait_until(guard, patience, [&] { return !waits_for_pick_up(); });
+    moved_on.wait(guard, [&] { return !held || held_stage != stage::copying; });
+    if (!held)
+        return;
+
+    if (wants_video && !held_before_watching) {
+        if (held_stage == stage::fresh)
+            ++counts.video_replaced;
+        else if (held_stage == stage::starved)
+            ++counts.video_no_slot;
+    }
+    held.reset();
+}
+
+void mailbox::hold(picture const& what, std::int64_t timecode_100ns, std::int64_t sent_ns)
+{
+    std::unique_lock guard{lock};
+    take_back(guard, steady::now());
+    held = {what, timecode_100ns, sent_ns, counts.video_sends++};
+    held_stage = stage::fresh;
+    held_before_watching = !wants_video;
+
+    bool const new_format = seen.video != what.format;
+    seen.video = what.format;
+    if (wants_video || new_format)
+        wake();
+    wake_if_asked();
+}
+
+bool mailbox::holds() const
+{
+    std::lock_guard const guard{lock};
+    return held.has_value();
+}
+
+void mailbox::add(sound const& what, std::int64_t timecode_100ns, std::int64_t sent_ns)
+{
+    std::lock_guard const guard{lock};
+    auto const first_sample = next_sample;
+    next_sample += static_cast<std::uint64_t>(what.samples);
+    ++counts.audio_sends;
+
+    bool const new_format = seen.audio != what.format;
+    seen.audio = what.format;
+    if (wants_audio && ring_count == ring.size())
+        ++counts.audio_no_room;
+    else if (wants_audio) {
+        auto& place = ring[(ring_first + ring_count) % ring.size()];
+        place.head = {.format = what.format,
+                      .samples = what.samples,
+                      .silent = what.data ? 0u : 1u,
+                      .timecode_100ns = timecode_100ns,
+                      .sent_ns = sent_ns,
+                      .sample_index = first_sample};
+        place.samples.resize(what.bytes());
+        what.copy_to(place.samples.data());
+        ++ring_count;
+    }
+    if (wants_audio || new_format)
+        wake();
+    wake_if_asked();
+}
+
+void mailbox::refuse_video(refusal why, SenderVideoFrame const& frame)
+{
+    std::lock_guard const guard{lock};
+    ++counts.video_sends;
+    ++counts.video_refused;
+    note_refusal(1u << static_cast<unsigned>(why), [&] {
+        return std::string{"video frame refused, "} + describe(why) + ": " + std::to_string(frame.width) + " x " +
+               std::to_string(frame.height) + ", format " + std::to_string(frame.fourCC) + ", rate " +
+               std::to_string(frame.frameRateN) + "/" + std::to_string(frame.frameRateD) + ", line stride " +
+               std::to_string(frame.lineStride);
+    });
+}
+
+void mailbox::refuse_audio(refusal why, SenderAudioFrame const& frame)
+{
+    std::lock_guard const guard{lock};
+    ++counts.audio_sends;
+    ++counts.audio_refused;
+    note_refusal(1u << (16 + static_cast<unsigned>(why)), [&] {
+        return std::string{"audio block refused, "} + describe(why) + ": " + std::to_string(frame.sampleCount) +
+               " samples, " + std::to_string(frame.channelCount) + " channels, rate " +
+               std::to_string(frame.sampleRate) + ", channel stride " + std::to_string(frame.channelStride);
+    });
+}
+
+template <class Line>
+void mailbox::note_refusal(unsigned reason, Line const& line)
+{
+    wake_if_asked();
+    if (refusals_seen & reason)
+        return;
+    refusals_seen |= reason;
+    refusal_lines.push_back(line());
+    wake();
+}
+
+void mailbox::count_video_late()
+{
+    std::lock_guard const guard{lock};
+    ++counts.video_late;
+}
+
+void mailbox::count_audio_late()
+{
+    std::lock_guard const guard{lock};
+    ++counts.audio_late;
+}
+
+void mailbox::set_wants(bool video, bool audio)
+{
+    std::lock_guard const guard{lock};
+    if (video && !wants_video) {
+        held_stage = stage::fresh;
+        held_before_watching = held.has_value();
+    }
+    wants_video = video;
+    wants_audio = audio;
+    if (!audio)
+        ring_count = 0;
+    moved_on.notify_all();
+}
+
+void mailbox::set_attentive(bool now)
+{
+    std::lock_guard const guard{lock};
+    attentive = now;
+    moved_on.notify_all();
+}
+
+std::optional<std::size_t> mailbox::offered_bytes() const
+{
+    std::lock_guard const guard{lock};
+    if (!wants_video || !held || held_stage == stage::done)
+        return {};
+    return held->what.bytes();
+}
+
+std::optional<mailbox::offer> mailbox::begin_copy(std::size_t room)
+{
+    std::lock_guard const guard{lock};
+    if (!wants_video || !held || held_stage == stage::done || held->what.bytes() > room)
+        return {};
+    held_stage = stage::copying;
+    return offer{*held, held_before_watching};
+}
+
+void mailbox::end_copy()
+{
+    std::lock_guard const guard{lock};
+    held_stage = stage::done;
+    held_before_watching = false;
+    moved_on.notify_all();
+}
+
+void mailbox::set_starved()
+{
+    std::lock_guard const guard{lock};
+    if (held && held_stage == stage::fresh)
+        held_stage = stage::starved;
+    moved_on.notify_all();
+}
+
+mailbox::block const* mailbox::first_sound() const
+{
+    std::lock_guard const guard{lock};
+    return ring_count ? &ring[ring_first] : nullptr;
+}
+
+void mailbox::drop_sound()
+{
+    std::lock_guard const guard{lock};
+    if (!ring_count)
+        return;
+    ring_first = (ring_first + 1) % ring.size();
+    --ring_count;
+}
+
+mailbox::formats mailbox::current_formats() const
+{
+    std::lock_guard const guard{lock};
+    return seen;
+}
+
+protocol::losses_body mailbox::totals() const
+{
+    std::lock_guard const guard{lock};
+    return counts;
+}
+
+void mailbox::wake_on_send()
+{
+    std::lock_guard const guard{lock};
+    wake_asked = true;
+}
+
+void mailbox::wake_if_asked()
+{
+    if (std::exchange(wake_asked, false))
+        wake();
+}
+
+std::vector<std::string> mailbox::first_refusals()
+{
+    std::lock_guard const guard{lock};
+    return std::exchange(refusal_lines, {});
+}
+
+} // namespace quillo::open
