@@ -1,0 +1,89 @@
+#include "publisher/encoded_feed.h"
+
+#include "publisher/log.h"
+#include "publisher/sound_copy.h"
+
+#include <algorithm>
+
+namespace quillo::publisher {
+
+void encoded_feed::add(encoded_viewer& viewer)
+{
+    std::lock_guard const lock{viewers_mutex_};
+    viewers_.push_back(&viewer);
+}
+
+void encoded_feed::remove(encoded_viewer& viewer)
+{
+    std::lock_guard const lock{viewers_mutex_};
+    std::erase(viewers_, &viewer);
+}
+
+bool encoded_feed::has_viewers() const
+{
+    std::lock_guard const lock{viewers_mutex_};
+    return !viewers_.empty();
+}
+
+void encoded_feed::request_key_frame()
+{
+    std::lock_guard const lock{pipelines_mutex_};
+    if (video_)
+        gst_element_send_event(video_->out(),
+                               gst_video_event_new_upstream_force_key_unit(GST_CLOCK_TIME_NONE, TRUE, 0));
+}
+
+void encoded_feed::format(picture_format const& pictures, sound_format const& sound)
+{
+    std::lock_guard const lock{pipelines_mutex_};
+    try {
+        // A new shape is a new encoder; the viewers go on with its first key frame.
+        if (pictures_ != pictures) {
+            video_.reset();
+            pictures_ = pictures;
+            video_ = std::make_unique<pipeline>(encoding_pipeline(choice_, pictures),
+                                                [this](GstSample* unit) { distribute_unit(unit); });
+        }
+        if (!sound_ || sound_->rate != sound.rate) {
+            audio_.reset();
+            audio_ = std::make_unique<pipeline>(opus_pipeline(sound.rate),
+                                                [this](GstSample* packet) { distribute_packet(packet); });
+        }
+        sound_ = sound;
+    } catch (std::runtime_error const& error) {
+        log::error("cannot encode: ", error.what());
+    }
+}
+
+void encoded_feed::picture(GstBuffer* fill)
+{
+    std::lock_guard const lock{pipelines_mutex_};
+    if (video_ && !video_->push(fill))
+        ++dropped_;
+}
+
+void encoded_feed::sound(placed_sound const& block)
+{
+    std::lock_guard const lock{pipelines_mutex_};
+    if (!audio_)
+        return;
+    if (auto const buffer = as_stereo(block))
+        audio_->push(buffer.get());
+}
+
+void encoded_feed::distribute_unit(GstSample* unit)
+{
+    bool const key = !GST_BUFFER_FLAG_IS_SET(gst_sample_get_buffer(unit), GST_BUFFER_FLAG_DELTA_UNIT);
+    std::lock_guard const lock{viewers_mutex_};
+    for (auto* const viewer : viewers_)
+        viewer->access_unit(unit, key);
+}
+
+void encoded_feed::distribute_packet(GstSample* packet)
+{
+    std::lock_guard const lock{viewers_mutex_};
+    for (auto* const viewer : viewers_)
+        viewer->opus_packet(packet);
+}
+
+} // namespace quillo::publisher

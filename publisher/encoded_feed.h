@@ -1,0 +1,60 @@
+// The pictures and the sound of a source encoded once for all viewers of its default mount. Lives while there is one.
+#pragma once
+
+#include "publisher/encoder.h"
+#include "publisher/listener.h"
+#include "publisher/pipeline.h"
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace quillo::publisher {
+
+// A viewer takes access units and Opus packets; calls come from the encoders' threads and must return quickly.
+class encoded_viewer
+{
+  public:
+    virtual ~encoded_viewer() = default;
+    virtual void access_unit(GstSample* unit, bool key) = 0;
+    virtual void opus_packet(GstSample* packet) = 0;
+};
+
+class encoded_feed : public listener
+{
+  public:
+    explicit encoded_feed(encoder_choice choice) : choice_(std::move(choice)) {}
+
+    void add(encoded_viewer& viewer);
+    void remove(encoded_viewer& viewer); // not called any more once this has returned
+    bool has_viewers() const;
+
+    // The next picture becomes a key frame.
+    void request_key_frame();
+
+    // Pictures that the encoder was too late for.
+    std::uint64_t dropped() const { return dropped_; }
+
+    void format(picture_format const& pictures, sound_format const& sound) override;
+    void picture(GstBuffer* fill) override;
+    void sound(placed_sound const& block) override;
+
+  private:
+    void distribute_unit(GstSample* unit);
+    void distribute_packet(GstSample* packet);
+
+    encoder_choice const choice_;
+    std::atomic<std::uint64_t> dropped_{0};
+
+    mutable std::mutex viewers_mutex_;
+    std::vector<encoded_viewer*> viewers_;
+
+    mutable std::mutex pipelines_mutex_; // never taken by the pipelines' threads
+    std::optional<picture_format> pictures_;
+    std::optional<sound_format> sound_;
+    std::unique_ptr<pipeline> video_;
+    std::unique_ptr<pipeline> audio_;
+};
+
+} // namespace quillo::publisher

@@ -1,0 +1,158 @@
+#include "publisher/mounts/encoded_mount.h"
+
+#include "publisher/log.h"
+#include "publisher/sdp.h"
+
+#include <gst/app/gstappsrc.h>
+
+#include <atomic>
+
+namespace quillo::publisher {
+
+namespace {
+
+constexpr char const* mount_name = "default";
+constexpr GstClockTime longest_queue = 500 * GST_MSECOND;
+constexpr GstClockTime short_queue = 100 * GST_MSECOND; // good to go on from
+
+class h264_viewer : public viewer, encoded_viewer
+{
+  public:
+    h264_viewer(std::shared_ptr<encoded_mount> of, receivers& all, receiver_ptr who)
+        : viewer(all, std::move(who)), mount_(std::move(of))
+    {
+    }
+
+    ~h264_viewer() override { stop(); }
+
+    GstElement* take_bin() override;
+    void start() override;
+    void stop() override;
+    void play() override;
+    void describe(GstSDPMessage& description) override;
+
+  private:
+    void access_unit(GstSample* unit, bool key) override;
+    void opus_packet(GstSample* packet) override;
+
+    GstClockTime queued() const { return gst_app_src_get_current_level_time(GST_APP_SRC(video_in_.get())); }
+
+    std::shared_ptr<encoded_mount> const mount_;
+    element_ptr video_in_;
+    element_ptr audio_in_;
+    std::atomic<bool> attached_{false};
+    std::atomic<bool> need_key_{true};
+    bool first_unit_ = false;
+    bool first_packet_ = false;
+};
+
+GstElement* h264_viewer::take_bin()
+{
+    GstElement* const bin =
+        gst_parse_launch("( appsrc name=video is-live=true format=time max-bytes=0 max-buffers=0"
+                         " ! rtph264pay name=pay0 pt=96 mtu=1400 config-interval=0"
+                         " appsrc name=audio is-live=true format=time max-bytes=0 max-buffers=50 leaky-type=downstream"
+                         " ! rtpopuspay name=pay1 pt=97 mtu=1400 )",
+                         nullptr);
+    video_in_ = adopt<element_ptr>(gst_bin_get_by_name(GST_BIN(bin), "video"));
+    audio_in_ = adopt<element_ptr>(gst_bin_get_by_name(GST_BIN(bin), "audio"));
+    return bin;
+}
+
+void h264_viewer::start()
+{
+    if (!attached_.exchange(true))
+        mount_->attach(*this);
+}
+
+void h264_viewer::stop()
+{
+    if (attached_.exchange(false))
+        mount_->detach(*this);
+}
+
+void h264_viewer::play()
+{
+    need_key_ = true;
+    who_->playing = true;
+    mount_->request_key_frame();
+}
+
+void h264_viewer::describe(GstSDPMessage& description)
+{
+    describe_source(description, mount_->of().current().pictures, mount_->of().who().name);
+}
+
+void h264_viewer::access_unit(GstSample* unit, bool key)
+{
+    GstAppSrc* const in = GST_APP_SRC(video_in_.get());
+    if (!who_->playing) {
+        // What the description waits for; live begins with another key frame.
+        if (!first_unit_ && key)
+            gst_app_src_push_sample(in, unit);
+        first_unit_ = first_unit_ || key;
+        return;
+    }
+    bool const too_slow = queued() > longest_queue;
+    if (too_slow || (need_key_ && (!key || queued() > short_queue))) {
+        need_key_ = true;
+        if (who_->frames_sent > 0)
+            ++who_->frames_dropped;
+        return;
+    }
+    need_key_ = false;
+    gst_app_src_push_sample(in, unit);
+    ++who_->frames_sent;
+}
+
+void h264_viewer::opus_packet(GstSample* packet)
+{
+    if (first_packet_ && !who_->playing)
+        return;
+    first_packet_ = true;
+    gst_app_src_push_sample(GST_APP_SRC(audio_in_.get()), packet);
+}
+
+} // namespace
+
+std::unique_ptr<viewer> encoded_mount::open()
+{
+    auto who = all_.admit(source_->path(), mount_name, receivers::max_encoded);
+    return who ? std::make_unique<h264_viewer>(shared_from_this(), all_, std::move(who)) : nullptr;
+}
+
+void encoded_mount::attach(encoded_viewer& who)
+{
+    std::lock_guard const lock{mutex_};
+    if (feed_) {
+        feed_->add(who);
+        feed_->request_key_frame();
+        source_->hurry();
+        return;
+    }
+    feed_ = std::make_unique<encoded_feed>(choice_);
+    feed_->add(who);
+    source_->add(*feed_);
+}
+
+void encoded_mount::detach(encoded_viewer& who)
+{
+    std::lock_guard const lock{mutex_};
+    if (!feed_)
+        return;
+    feed_->remove(who);
+    if (!feed_->has_viewers()) {
+        source_->remove(*feed_);
+        feed_.reset();
+    }
+}
+
+void encoded_mount::request_key_frame()
+{
+    std::lock_guard const lock{mutex_};
+    if (feed_)
+        feed_->request_key_frame();
+    source_->hurry();
+}
+
+} // namespace quillo::publisher

@@ -1,0 +1,41 @@
+// The default mount: H.264 and Opus in packets of at most 1400 bytes, over UDP or TCP. Encoded once for all viewers,
+// packed into packets for each. A viewer too slow for it goes on at a later key frame.
+#pragma once
+
+#include "publisher/encoded_feed.h"
+#include "publisher/mounts/mount.h"
+#include "publisher/source.h"
+
+#include <memory>
+#include <mutex>
+
+namespace quillo::publisher {
+
+class encoded_mount : public mount, public std::enable_shared_from_this<encoded_mount>
+{
+  public:
+    encoded_mount(std::shared_ptr<source> of, receivers& all, encoder_choice choice)
+        : source_(std::move(of)), all_(all), choice_(std::move(choice))
+    {
+    }
+
+    std::unique_ptr<viewer> open() override;
+    bool tcp_only() const override { return false; }
+
+    source& of() { return *source_; }
+
+    // The encoders run from the first viewer to the last.
+    void attach(encoded_viewer& who);
+    void detach(encoded_viewer& who);
+    void request_key_frame();
+
+  private:
+    std::shared_ptr<source> const source_;
+    receivers& all_;
+    encoder_choice const choice_;
+
+    std::mutex mutex_;
+    std::unique_ptr<encoded_feed> feed_;
+};
+
+} // namespace quillo::publisher

@@ -1,0 +1,132 @@
+#include "publisher/mounts/mount.h"
+
+#include "publisher/pipeline.h"
+
+// Two classes in GObject's way, as small as can be: all that they do is call a mount or a viewer.
+
+namespace quillo::publisher {
+
+namespace {
+
+constexpr char const* viewer_key = "quillo-viewer";
+
+struct media
+{
+    GstRTSPMedia parent;
+};
+
+struct mediaClass
+{
+    GstRTSPMediaClass parent;
+};
+
+struct factory
+{
+    GstRTSPMediaFactory parent;
+    std::shared_ptr<mount>* served;
+};
+
+struct factoryClass
+{
+    GstRTSPMediaFactoryClass parent;
+};
+
+G_DEFINE_TYPE(media, quillo_media, GST_TYPE_RTSP_MEDIA)
+G_DEFINE_TYPE(factory, quillo_factory, GST_TYPE_RTSP_MEDIA_FACTORY)
+
+gboolean setup_sdp(GstRTSPMedia* self, GstSDPMessage* description, GstSDPInfo* info)
+{
+    if (!GST_RTSP_MEDIA_CLASS(quillo_media_parent_class)->setup_sdp(self, description, info))
+        return FALSE;
+    if (auto* const who = viewer_of(self))
+        who->describe(*description);
+    return TRUE;
+}
+
+gboolean setup_rtpbin(GstRTSPMedia*, GstElement* rtpbin)
+{
+    // Sender reports carry the time of capture: sound and picture spend different times on the way to the wire.
+    g_object_set(rtpbin, "rtcp-sync-send-time", FALSE, nullptr);
+    return TRUE;
+}
+
+void quillo_media_class_init(mediaClass* of)
+{
+    of->parent.setup_sdp = setup_sdp;
+    of->parent.setup_rtpbin = setup_rtpbin;
+}
+
+void quillo_media_init(media*) {}
+
+GstElement* create_element(GstRTSPMediaFactory* self, GstRTSPUrl const*)
+{
+    auto who = (*reinterpret_cast<factory*>(self)->served)->open();
+    if (!who)
+        return nullptr;
+    GstElement* const bin = who->take_bin();
+    g_object_set_data_full(G_OBJECT(bin), viewer_key, who.release(),
+                           [](gpointer viewer_data) { delete static_cast<viewer*>(viewer_data); });
+    return bin;
+}
+
+GstElement* create_pipeline(GstRTSPMediaFactory* self, GstRTSPMedia* of)
+{
+    GstElement* const pipeline = GST_RTSP_MEDIA_FACTORY_CLASS(quillo_factory_parent_class)->create_pipeline(self, of);
+    if (pipeline)
+        run_on_common_clock(pipeline);
+    return pipeline;
+}
+
+void configure(GstRTSPMediaFactory* self, GstRTSPMedia* of)
+{
+    GST_RTSP_MEDIA_FACTORY_CLASS(quillo_factory_parent_class)->configure(self, of);
+    // Live: nothing is held back for its time.
+    gst_rtsp_media_set_rate_control(of, FALSE);
+    auto* const who = viewer_of(of);
+    if (auto const* const request = gst_rtsp_context_get_current())
+        who->who().identify(*request);
+    g_signal_connect(of, "unprepared", G_CALLBACK(+[](GstRTSPMedia* gone, gpointer) { viewer_of(gone)->stop(); }),
+                     nullptr);
+    who->start();
+}
+
+void finalize(GObject* self)
+{
+    delete reinterpret_cast<factory*>(self)->served;
+    G_OBJECT_CLASS(quillo_factory_parent_class)->finalize(self);
+}
+
+void quillo_factory_class_init(factoryClass* of)
+{
+    of->parent.create_element = create_element;
+    of->parent.create_pipeline = create_pipeline;
+    of->parent.configure = configure;
+    G_OBJECT_CLASS(of)->finalize = finalize;
+}
+
+void quillo_factory_init(factory*) {}
+
+} // namespace
+
+object_ptr<GstRTSPMediaFactory> make_factory(std::shared_ptr<mount> served)
+{
+    auto* const made = static_cast<factory*>(g_object_new(quillo_factory_get_type(), nullptr));
+    made->served = new std::shared_ptr<mount>{std::move(served)};
+    GstRTSPMediaFactory* const result = &made->parent;
+    gst_rtsp_media_factory_set_media_gtype(result, quillo_media_get_type());
+    gst_rtsp_media_factory_set_shared(result, FALSE);
+    gst_rtsp_media_factory_set_eos_shutdown(result, FALSE);
+    gst_rtsp_media_factory_set_protocols(
+        result, (*made->served)->tcp_only()
+                    ? GST_RTSP_LOWER_TRANS_TCP
+                    : static_cast<GstRTSPLowerTrans>(GST_RTSP_LOWER_TRANS_TCP | GST_RTSP_LOWER_TRANS_UDP));
+    return object_ptr<GstRTSPMediaFactory>{result};
+}
+
+viewer* viewer_of(GstRTSPMedia* of)
+{
+    auto const bin = adopt<element_ptr>(gst_rtsp_media_get_element(of));
+    return bin ? static_cast<viewer*>(g_object_get_data(G_OBJECT(bin.get()), viewer_key)) : nullptr;
+}
+
+} // namespace quillo::publisher

@@ -1,0 +1,53 @@
+// A mount is what a path serves; a viewer is one receiver's own payloaders, fed by the mount's source. gst-rtsp-server
+// asks the mount for a viewer on each DESCRIBE.
+#pragma once
+
+#include "publisher/gst_ptr.h"
+#include "publisher/receivers.h"
+
+#include <memory>
+#include <string>
+
+namespace quillo::publisher {
+
+class viewer
+{
+  public:
+    // The payloaders, "pay0" for pictures and "pay1" for sound; floating, given away with this call.
+    virtual GstElement* take_bin() = 0;
+    // The pipeline is there: to be fed until stop().
+    virtual void start() = 0;
+    virtual void stop() = 0;
+    // The receiver said PLAY: from now on live.
+    virtual void play() = 0;
+    // Adds to the description what the payloaders do not say.
+    virtual void describe(GstSDPMessage& description) = 0;
+
+    receiver& who() { return *who_; }
+
+    viewer(receivers& all, receiver_ptr who) : all_(all), who_(std::move(who)) {}
+    viewer(viewer const&) = delete;
+    viewer& operator=(viewer const&) = delete;
+    virtual ~viewer() { all_.dismiss(who_); }
+
+  protected:
+    receivers& all_;
+    receiver_ptr const who_;
+};
+
+class mount
+{
+  public:
+    virtual ~mount() = default;
+    // Null when there are too many already.
+    virtual std::unique_ptr<viewer> open() = 0;
+    virtual bool tcp_only() const = 0;
+};
+
+// What gst-rtsp-server wants for a path.
+object_ptr<GstRTSPMediaFactory> make_factory(std::shared_ptr<mount> served);
+
+// The viewer behind a media, null if it is none of ours.
+viewer* viewer_of(GstRTSPMedia* media);
+
+} // namespace quillo::publisher

@@ -1,0 +1,78 @@
+#include "publisher/pipeline.h"
+
+#include <gst/app/gstappsink.h>
+#include <gst/app/gstappsrc.h>
+
+namespace quillo::publisher {
+
+void run_on_common_clock(GstElement* pipeline)
+{
+    auto const clock = adopt<object_ptr<GstClock>>(gst_system_clock_obtain());
+    gst_pipeline_use_clock(GST_PIPELINE(pipeline), clock.get());
+    gst_element_set_start_time(pipeline, GST_CLOCK_TIME_NONE);
+    gst_element_set_base_time(pipeline, 0);
+}
+
+pipeline::pipeline(std::string const& description, std::function<void(GstSample*)> taken) : taken_(std::move(taken))
+{
+    GError* problem = nullptr;
+    pipeline_ =
+        adopt<element_ptr>(gst_parse_launch_full(description.c_str(), nullptr, GST_PARSE_FLAG_FATAL_ERRORS, &problem));
+    error_ptr const error{problem};
+    if (!pipeline_)
+        throw std::runtime_error{error ? error->message : "no pipeline"};
+    gst_object_ref_sink(pipeline_.get());
+    in_ = adopt<element_ptr>(gst_bin_get_by_name(GST_BIN(pipeline_.get()), "in"));
+    out_ = adopt<element_ptr>(gst_bin_get_by_name(GST_BIN(pipeline_.get()), "out"));
+    run_on_common_clock(pipeline_.get());
+
+    GstAppSinkCallbacks callbacks{};
+    callbacks.new_sample = [](GstAppSink* sink, gpointer self) {
+        return new_sample(reinterpret_cast<GstElement*>(sink), self);
+    };
+    gst_app_sink_set_callbacks(GST_APP_SINK(out_.get()), &callbacks, this, nullptr);
+    gst_element_set_state(pipeline_.get(), GST_STATE_PLAYING);
+}
+
+pipeline::~pipeline() { gst_element_set_state(pipeline_.get(), GST_STATE_NULL); }
+
+GstFlowReturn pipeline::new_sample(GstElement* sink, gpointer self)
+{
+    if (auto const sample = adopt<sample_ptr>(gst_app_sink_pull_sample(GST_APP_SINK(sink))))
+        static_cast<pipeline*>(self)->taken_(sample.get());
+    return GST_FLOW_OK;
+}
+
+bool pipeline::push(GstBuffer* buffer) { return push_buffer(in_.get(), buffer); }
+
+void pipeline::end() { gst_app_src_end_of_stream(GST_APP_SRC(in_.get())); }
+
+std::string pipeline::error() const
+{
+    auto const bus = adopt<bus_ptr>(gst_element_get_bus(pipeline_.get()));
+    auto const message = adopt<message_ptr>(gst_bus_pop_filtered(bus.get(), GST_MESSAGE_ERROR));
+    if (!message)
+        return {};
+    GError* problem = nullptr;
+    gst_message_parse_error(message.get(), &problem, nullptr);
+    return error_ptr { problem } -> message;
+}
+
+bool pipeline::wait_for_end(GstClockTime timeout)
+{
+    auto const bus = adopt<bus_ptr>(gst_element_get_bus(pipeline_.get()));
+    auto const message = adopt<message_ptr>(gst_bus_timed_pop_filtered(
+        bus.get(), timeout, static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)));
+    return message && GST_MESSAGE_TYPE(message.get()) == GST_MESSAGE_EOS;
+}
+
+bool push_buffer(GstElement* appsrc, GstBuffer* buffer)
+{
+    GstAppSrc* const src = GST_APP_SRC(appsrc);
+    guint64 const limit = gst_app_src_get_max_buffers(src);
+    bool const room = limit == 0 || gst_app_src_get_current_level_buffers(src) < limit;
+    gst_app_src_push_buffer(src, retain(buffer).release());
+    return room;
+}
+
+} // namespace quillo::publisher

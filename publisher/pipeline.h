@@ -1,0 +1,51 @@
+// A pipeline of ours that runs by itself, from appsrc to appsink.
+#pragma once
+
+#include "publisher/gst_ptr.h"
+
+#include <functional>
+#include <stdexcept>
+#include <string>
+
+namespace quillo::publisher {
+
+// Makes the common clock (CLOCK_MONOTONIC) the running time of a pipeline, so that time stamps mean the same in all.
+void run_on_common_clock(GstElement* pipeline);
+
+class pipeline
+{
+  public:
+    // Elements as for gst-launch, with an appsrc "in" and an appsink "out". taken gets each sample of "out" on the
+    // pipeline's thread. Throws std::runtime_error when it cannot be made.
+    pipeline(std::string const& description, std::function<void(GstSample*)> taken);
+    pipeline(pipeline const&) = delete;
+    pipeline& operator=(pipeline const&) = delete;
+    ~pipeline(); // taken is not called any more
+
+    // False when "in" was full, and its oldest buffer had to go.
+    bool push(GstBuffer* buffer);
+    void end();
+
+    GstElement* get() const { return pipeline_.get(); }
+    GstElement* in() const { return in_.get(); }
+    GstElement* out() const { return out_.get(); }
+
+    // The first error that the pipeline reported, empty for none.
+    std::string error() const;
+
+    // Waits for the end of the stream or an error. False for an error or when time is up.
+    bool wait_for_end(GstClockTime timeout);
+
+  private:
+    static GstFlowReturn new_sample(GstElement*, gpointer self);
+
+    element_ptr pipeline_;
+    element_ptr in_;
+    element_ptr out_;
+    std::function<void(GstSample*)> taken_;
+};
+
+// Pushes without waiting. False when the queue of a leaky appsrc was full, and its oldest buffer had to go.
+bool push_buffer(GstElement* appsrc, GstBuffer* buffer);
+
+} // namespace quillo::publisher

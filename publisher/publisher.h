@@ -1,0 +1,55 @@
+// All sources of this machine's senders, and everything that serves them.
+#pragma once
+
+#include "publisher/channel.h"
+#include "publisher/encoder.h"
+#include "publisher/receivers.h"
+#include "publisher/rtsp_server.h"
+#include "publisher/source.h"
+
+#include <chrono>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quillo::publisher {
+
+struct publisher_settings
+{
+    rtsp_settings rtsp;
+    std::string encoder; // only this one; empty: the best
+};
+
+class publisher
+{
+  public:
+    static constexpr std::size_t max_sources = 32;
+
+    explicit publisher(publisher_settings const& settings);
+
+    int port() const { return server_.port(); }
+
+    // A source that lives until close_source. A sender that comes back gets its path again. Null: too many.
+    std::shared_ptr<source> open_source(introduction const& who, std::function<void()> wake);
+    void close_source(std::shared_ptr<source> const& gone);
+
+    std::size_t sources() const;
+    std::string status() const; // JSON
+    std::string url(std::string const& path) const;
+
+  private:
+    std::string free_path(introduction const& who);
+
+    receivers receivers_;
+    std::optional<encoder_choice> const encoder_;
+    rtsp_server server_;
+
+    mutable std::mutex mutex_;
+    std::vector<std::shared_ptr<source>> sources_;
+    std::map<std::string, sender_id> paths_; // who has, or had, which path
+};
+
+} // namespace quillo::publisher

@@ -1,0 +1,228 @@
+#include "publisher/rtsp_server.h"
+
+#include "publisher/log.h"
+
+#include <linux/tcp.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <optional>
+#include <stdexcept>
+
+namespace quillo::publisher {
+
+namespace {
+
+constexpr int client_threads = 4;
+constexpr int backlog = 16;
+
+// Calls f() once on the context's thread.
+void invoke_on(GMainContext* context, std::function<void()> f)
+{
+    g_main_context_invoke_full(
+        context, G_PRIORITY_DEFAULT,
+        [](gpointer data) -> gboolean {
+            (*static_cast<std::function<void()>*>(data))();
+            return G_SOURCE_REMOVE;
+        },
+        new std::function<void()>{std::move(f)},
+        [](gpointer data) { delete static_cast<std::function<void()>*>(data); });
+}
+
+struct tcp_state
+{
+    std::uint64_t acknowledged;
+    bool data_waits;
+};
+
+std::optional<tcp_state> tcp_state_of(GstRTSPClient* client)
+{
+    GstRTSPConnection* const connection = gst_rtsp_client_get_connection(client);
+    GSocket* const socket = connection ? gst_rtsp_connection_get_write_socket(connection) : nullptr;
+    if (!socket)
+        return std::nullopt;
+    tcp_info info{};
+    socklen_t size = sizeof info;
+    if (::getsockopt(g_socket_get_fd(socket), IPPROTO_TCP, TCP_INFO, &info, &size) != 0)
+        return std::nullopt;
+    return tcp_state{info.tcpi_bytes_acked, info.tcpi_notsent_bytes > 0 || info.tcpi_unacked > 0};
+}
+
+// Not for the whole world: this machine, the private networks, and links without a router.
+bool is_near(GInetAddress* address)
+{
+    if (g_inet_address_get_is_loopback(address) || g_inet_address_get_is_link_local(address) ||
+        g_inet_address_get_is_site_local(address))
+        return true;
+    guint8 const* const bytes = g_inet_address_to_bytes(address);
+    if (g_inet_address_get_family(address) == G_SOCKET_FAMILY_IPV4)
+        return false;
+    if ((bytes[0] & 0xFE) == 0xFC) // unique local
+        return true;
+    static constexpr guint8 mapped[12] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xFF, 0xFF};
+    if (!std::equal(std::begin(mapped), std::end(mapped), bytes))
+        return false;
+    auto const v4 = adopt<object_ptr<GInetAddress>>(g_inet_address_new_from_bytes(bytes + 12, G_SOCKET_FAMILY_IPV4));
+    return is_near(v4.get());
+}
+
+bool comes_from_near(GstRTSPClient* client)
+{
+    GstRTSPConnection* const connection = gst_rtsp_client_get_connection(client);
+    char const* const ip = connection ? gst_rtsp_connection_get_ip(connection) : nullptr;
+    auto const address = adopt<object_ptr<GInetAddress>>(ip ? g_inet_address_new_from_string(ip) : nullptr);
+    return address && is_near(address.get());
+}
+
+void on_play(GstRTSPClient*, GstRTSPContext* request, gpointer)
+{
+    viewer* const who = request->media ? viewer_of(request->media) : nullptr;
+    if (!who)
+        return;
+    if (request->sessmedia)
+        if (auto* const transport = gst_rtsp_session_media_get_transport(request->sessmedia, 0)) {
+            auto const* const chosen = gst_rtsp_stream_transport_get_transport(transport);
+            who->who().set_transport(chosen->lower_transport == GST_RTSP_LOWER_TRANS_TCP ? "TCP" : "UDP");
+        }
+    log::info(who->who().path(), ' ', who->who().mount(), ": ", who->who().address(), " watches over ",
+              who->who().transport(), " (", who->who().agent(), ')');
+    who->play();
+}
+
+GstRTSPStatusCode refuse_strangers(GstRTSPClient* client, GstRTSPContext*, gpointer)
+{
+    return comes_from_near(client) ? GST_RTSP_STS_OK : GST_RTSP_STS_FORBIDDEN;
+}
+
+void on_client(GstRTSPServer*, GstRTSPClient* client, gpointer)
+{
+    for (char const* const request : {"pre-options-request", "pre-describe-request", "pre-setup-request"})
+        g_signal_connect(client, request, G_CALLBACK(refuse_strangers), nullptr);
+    g_signal_connect(client, "play-request", G_CALLBACK(on_play), nullptr);
+}
+
+} // namespace
+
+struct rtsp_server::progress
+{
+    std::uint64_t acknowledged = 0;
+    steady::time_point last = steady::now();
+};
+
+rtsp_server::rtsp_server(rtsp_settings const& settings, receivers& all)
+    : all_(all), context_(g_main_context_new()), loop_(g_main_loop_new(context_.get(), FALSE)),
+      server_(gst_rtsp_server_new()), points_(gst_rtsp_server_get_mount_points(server_.get()))
+{
+    auto const threads = adopt<object_ptr<GstRTSPThreadPool>>(gst_rtsp_server_get_thread_pool(server_.get()));
+    gst_rtsp_thread_pool_set_max_threads(threads.get(), client_threads);
+    gst_rtsp_server_set_backlog(server_.get(), backlog);
+    g_signal_connect(server_.get(), "client-connected", G_CALLBACK(on_client), nullptr);
+    listen(settings);
+    all_.set_closer([this](receiver_ptr const& who) { invoke_on(context_.get(), [this, who] { close(who); }); });
+    thread_ = std::thread{[this] { run(); }};
+}
+
+rtsp_server::~rtsp_server()
+{
+    invoke_on(context_.get(), [this] {
+        end_all();
+        g_main_loop_quit(loop_.get());
+    });
+    thread_.join();
+    all_.set_closer([](receiver_ptr const&) {});
+}
+
+void rtsp_server::listen(rtsp_settings const& settings)
+{
+    gst_rtsp_server_set_address(server_.get(), settings.address.c_str());
+    std::string problem;
+    int const last = settings.port == 0 ? 0 : std::min(settings.port + ports_to_try - 1, 65535);
+    for (int port = settings.port; port <= last; ++port) {
+        gst_rtsp_server_set_service(server_.get(), std::to_string(port).c_str());
+        GError* error = nullptr;
+        g_source_ptr const accepting{gst_rtsp_server_create_source(server_.get(), nullptr, &error)};
+        error_ptr const owned{error};
+        if (accepting) {
+            g_source_attach(accepting.get(), context_.get());
+            port_ = gst_rtsp_server_get_bound_port(server_.get());
+            if (settings.port != 0 && port_ != settings.port)
+                log::warning("port ", settings.port, " is taken, using ", port_);
+            return;
+        }
+        problem = owned ? owned->message : "no reason given";
+    }
+    throw std::runtime_error{"cannot listen at " + settings.address + " port " + std::to_string(settings.port) + ": " +
+                             problem};
+}
+
+void rtsp_server::run()
+{
+    g_main_context_push_thread_default(context_.get());
+    g_source_ptr const timer{g_timeout_source_new_seconds(1)};
+    g_source_set_callback(
+        timer.get(),
+        [](gpointer self) -> gboolean {
+            static_cast<rtsp_server*>(self)->watch_connections();
+            return G_SOURCE_CONTINUE;
+        },
+        this, nullptr);
+    g_source_attach(timer.get(), context_.get());
+    g_main_loop_run(loop_.get());
+    g_source_destroy(timer.get());
+    g_main_context_pop_thread_default(context_.get());
+}
+
+void rtsp_server::serve(std::string const& path, std::shared_ptr<mount> what)
+{
+    gst_rtsp_mount_points_add_factory(points_.get(), path.c_str(), make_factory(std::move(what)).release());
+}
+
+void rtsp_server::withdraw(std::string const& path)
+{
+    gst_rtsp_mount_points_remove_factory(points_.get(), path.c_str());
+}
+
+void rtsp_server::close(receiver_ptr const& who)
+{
+    if (auto const client = who->client()) {
+        log::info(who->path(), ' ', who->mount(), ": ", who->address(), " ended");
+        gst_rtsp_client_close(client.get());
+    }
+}
+
+void rtsp_server::end_all()
+{
+    for (auto const& who : all_.all())
+        close(who);
+}
+
+void rtsp_server::watch_connections()
+{
+    auto const pool = adopt<object_ptr<GstRTSPSessionPool>>(gst_rtsp_server_get_session_pool(server_.get()));
+    gst_rtsp_session_pool_cleanup(pool.get());
+
+    auto const now = steady::now();
+    auto before = std::move(watched_);
+    watched_.clear();
+    for (auto const& who : all_.all()) {
+        auto const client = who->client();
+        auto const state = client ? tcp_state_of(client.get()) : std::nullopt;
+        if (!state)
+            continue;
+        auto& entry = watched_[who];
+        entry = std::move(before[who]);
+        if (!entry)
+            entry = std::make_unique<progress>();
+        if (state->acknowledged != entry->acknowledged || !state->data_waits) {
+            entry->acknowledged = state->acknowledged;
+            entry->last = now;
+        } else if (now - entry->last > dead_after) {
+            log::warning(who->path(), ' ', who->mount(), ": ", who->address(), " took nothing for ", dead_after.count(),
+                         " s and is given up; ", who->frames_dropped.load(), " pictures were dropped for it");
+            close(who);
+        }
+    }
+}
+
+} // namespace quillo::publisher

@@ -1,0 +1,106 @@
+// One live source: what its sender announced, its time base, its last picture, and who listens.
+#pragma once
+
+#include "publisher/channel.h"
+#include "publisher/formats.h"
+#include "publisher/listener.h"
+#include "publisher/picture_store.h"
+#include "publisher/time_base.h"
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quillo::publisher {
+
+class source : public channel_events
+{
+  public:
+    using ns = std::int64_t;
+
+    static constexpr ns repeat_after = 200'000'000;    // the last picture again, while the host rests
+    static constexpr ns resting_after = 60'000'000;    // no picture for so long
+    static constexpr ns fill_sound_after = 60'000'000; // silence, likewise
+    static constexpr ns black_after = 100'000'000;     // when the sender has no picture for a new listener
+    static constexpr int frames_to_accept = 3;         // in a new format, before it is announced
+    static constexpr ns pending_limit = 500'000'000;   // or this long as the last word
+
+    // Name as the sender gave it, path without a leading slash. wake makes the connection's thread look at wants().
+    source(introduction who, std::string path, std::function<void()> wake);
+
+    introduction const& who() const { return who_; }
+    std::string const& path() const { return path_; }
+
+    // From the connection's thread.
+    void video_format(protocol::video_format_body const& format) override;
+    void audio_format(sound_format const& format) override;
+    void video(video_item const& item) override;
+    void audio(audio_item const& item) override;
+    void losses(protocol::losses_body const& losses) override;
+
+    // Fills the time while the host rests. To be called often while anybody listens, from the connection's thread.
+    void tick(ns now);
+
+    // From any thread.
+    bool wanted() const { return listeners_count_ > 0; }
+    void add(listener& who);    // told the format and given the last picture before this returns, if there is one
+    void remove(listener& who); // not called any more once this has returned
+    void hurry();               // while the host rests: the last picture again at once, for somebody who waits for it
+
+    struct state
+    {
+        picture_format pictures;
+        sound_format sound;
+        bool announced; // by the sender; else these are the shapes to begin with
+        std::uint32_t fourcc;
+        float aspect;
+        int frame_format;
+        std::uint64_t pictures_in;
+        std::uint64_t blocks_in;
+        std::uint64_t anchors;
+        protocol::losses_body losses;
+    };
+    state current() const;
+
+  private:
+    void accept(picture_format const& format);
+    void consider(picture_format const& shape, ns now);
+    void show(buffer_ptr picture, ns time);
+    void give(placed_sound const& block);
+    ns arrival(std::int64_t sent_ns) const;
+
+    introduction const who_;
+    std::string const path_;
+    std::function<void()> const wake_;
+
+    mutable std::mutex mutex_; // of everything below
+    std::vector<listener*> listeners_;
+    std::atomic<std::size_t> listeners_count_{0};
+
+    picture_format pictures_;
+    sound_format sound_;
+    std::optional<protocol::video_format_body> announced_;
+    std::optional<picture_format> pending_; // another shape, seen in the last frames
+    int pending_frames_ = 0;
+    ns pending_since_ = 0;
+
+    time_base time_;
+    picture_store store_;
+    buffer_ptr last_; // shown last, in the announced shape
+    bool last_is_filler_ = false;
+    ns last_shown_ = 0; // by the clock
+    ns listened_since_ = 0;
+
+    std::uint64_t pictures_in_ = 0;
+    std::uint64_t blocks_in_ = 0;
+    protocol::losses_body losses_{};
+};
+
+// Now on the common clock: CLOCK_MONOTONIC in ns.
+std::int64_t monotonic_ns();
+
+} // namespace quillo::publisher
