@@ -1,0 +1,10 @@
+#pragma once
+
+#define TARGET_OS_MAC 1
+#define TARGET_OS_OSX 1
+#define TARGET_OS_IPHONE 0
+#define TARGET_OS_IOS 0
+#define TARGET_OS_SIMULATOR 0
+#define TARGET_OS_WIN32 0
+#define TARGET_RT_LITTLE_ENDIAN 1
+#define TARGET_RT_64_BIT 1
