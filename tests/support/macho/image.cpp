@@ -66,10 +66,8 @@ image::image(std::string const& path, resolver const& resolve)
         bind(part(slice_, info_.weak_offset, info_.weak_size), false, true, resolve);
         protect();
         unwind_ = std::make_unique<unwind_tables>();
-        if (section const* const records = find_section("__unwind_info")) {
-            section const* const dwarf = find_section("__eh_frame");
-            unwind_->add(at(records->address), base_, dwarf == nullptr ? nullptr : at(dwarf->address));
-        }
+        if (section const* const records = find_section("__unwind_info"))
+            unwind_->add(at(records->address), base_);
         run_initialisers();
     } catch (...) {
         unwind_.reset();

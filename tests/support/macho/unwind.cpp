@@ -185,7 +185,7 @@ void unwind_tables::add_function(unsigned char* function, unsigned char* end, st
     hand_over(made_.back().get() + start);
 }
 
-void unwind_tables::add(unsigned char const* unwind_info, unsigned char* image, unsigned char* eh_frame)
+void unwind_tables::add(unsigned char const* unwind_info, unsigned char* image)
 {
     if (word(unwind_info, 0) != 1)
         throw std::runtime_error("Mach-O: unknown version of unwind records");
@@ -232,15 +232,8 @@ void unwind_tables::add(unsigned char const* unwind_info, unsigned char* image, 
         auto const [offset, encoding] = functions[i];
         if ((encoding & mode_mask) == 0)
             continue; // no record: nothing may unwind through here
-        if ((encoding & mode_mask) == mode_dwarf) {
-            // Usable where it lies: its pointers are relative to itself, and the image lies as it was linked.
-            if (eh_frame == nullptr)
-                throw std::runtime_error("Mach-O: an unwind record points to a section that is missing");
-            hand_over(eh_frame + (encoding & 0xFFFFFF));
-            continue;
-        }
-        if ((encoding & mode_mask) > mode_dwarf)
-            throw std::runtime_error("Mach-O: unknown kind of unwind record");
+        if ((encoding & mode_mask) >= mode_dwarf)
+            throw std::runtime_error("Mach-O: an unwind record that is not compact");
         void* personality = nullptr;
         if (std::uint32_t const number = encoding >> 28 & 3; number != 0)
             personality = read<void*>(image + word(personalities, number - 1));

@@ -19,9 +19,8 @@ class unwind_tables
     unwind_tables(unwind_tables const&) = delete;
     unwind_tables& operator=(unwind_tables const&) = delete;
 
-    // unwind_info: the mapped section; image: the mapped header, which the records' offsets start at;
-    // eh_frame: the mapped section of records that are DWARF already, or null.
-    void add(unsigned char const* unwind_info, unsigned char* image, unsigned char* eh_frame);
+    // unwind_info: the mapped section; image: the mapped header, which the records' offsets start at.
+    void add(unsigned char const* unwind_info, unsigned char* image);
 
   private:
     void add_function(unsigned char* function, unsigned char* end, std::uint32_t encoding, void* personality,
