@@ -17,7 +17,9 @@ add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wcast-align $<$<COMPILE_L
 if(QUILLO_WERROR)
   add_compile_options(-Werror)
 endif()
-if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
+if(APPLE)
+  add_compile_options("SHELL:-Xarch_x86_64 -march=core2") # Apple's compilers take SSE4.1 for granted otherwise
+elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
   # The oldest processor that the product supports; wider kernels are chosen at run time.
   add_compile_options(-mssse3)
 endif()
