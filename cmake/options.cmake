@@ -3,6 +3,7 @@
 option(QUILLO_BUILD_TOOLS "Build the quillo command: stand-in host and publisher (needs GStreamer)" ON)
 option(QUILLO_BUILD_TESTS "Build the tests (needs GoogleTest)" ON)
 option(QUILLO_BUILD_BENCH "Build the benchmarks (needs Google Benchmark)" OFF)
+option(QUILLO_BUILD_FUZZERS "Build the fuzz targets (needs Clang)" OFF)
 option(QUILLO_WERROR "Treat warnings as errors" OFF)
 set(QUILLO_MACOS AUTO CACHE STRING "Make the macOS module too, on Linux: ON, OFF, or AUTO for when the tools are there")
 set(QUILLO_SANITIZE "" CACHE STRING "Sanitizers to build with, for example address,undefined")

@@ -29,5 +29,9 @@ if(QUILLO_SANITIZE)
   add_link_options(-fsanitize=${QUILLO_SANITIZE})
 endif()
 
+if(QUILLO_BUILD_FUZZERS)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 # The repository root is the one include folder.
 include_directories(${PROJECT_SOURCE_DIR})

@@ -112,7 +112,7 @@ std::string problem_of(SDK_FileHeader const& header, std::int64_t file_size)
     return header.hasAudio ? audio_problem(header, file_size) : std::string();
 }
 
-importer_host::importer_host(int descriptor) : descriptor_(descriptor), importer_{}
+importer_host::importer_host(int descriptor) : importer_{}
 {
     struct stat info
     {

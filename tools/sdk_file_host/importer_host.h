@@ -41,7 +41,6 @@ class importer_host
     std::vector<std::vector<float>> audio(PrAudioSample first, csSDK_uint32 count);
 
   private:
-    int descriptor_;
     SDK_ImporterRec importer_;
 };
 
