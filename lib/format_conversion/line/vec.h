@@ -298,16 +298,27 @@ constexpr int lanes_of = p == processor::avx512 ? 4
 template <processor p>
 using widest_vec = vec<p, lanes_of<p>>;
 
-template <processor p>
+// Fetches the cache lines of so many bytes.
+template <processor p, int bytes>
 QUILLO_INLINE inline void prefetch(void const* at)
 {
-    _mm_prefetch(static_cast<char const*>(at), _MM_HINT_T0);
+    for (int line = 0; line < bytes; line += 64)
+        _mm_prefetch(static_cast<char const*>(at) + line, _MM_HINT_T0);
+}
+
+QUILLO_INLINE inline void move_string(unsigned char const* from, unsigned char* to, std::ptrdiff_t bytes)
+{
+#if defined(__x86_64__)
+    asm volatile("rep movsb" : "+S"(from), "+D"(to), "+c"(bytes) : : "memory");
+#else
+    __builtin_memcpy(to, from, bytes);
+#endif
 }
 
 // body.operator()<V, streaming>(i) for every whole block of `pixels` of the run, i being its first pixel: V::lanes
 // blocks at once while there are so many, then one by one. Returns how many pixels that was.
 template <processor p, int pixels, bool streaming, class Body>
-QUILLO_INLINE inline std::ptrdiff_t blocks_stored(int count, Body const& body)
+QUILLO_INLINE inline std::ptrdiff_t blocks_stored(std::ptrdiff_t count, Body const& body)
 {
     constexpr std::ptrdiff_t step = std::ptrdiff_t{pixels} * lanes_of<p>;
     std::ptrdiff_t i = 0;
@@ -320,7 +331,7 @@ QUILLO_INLINE inline std::ptrdiff_t blocks_stored(int count, Body const& body)
 }
 
 template <processor p, int pixels, class Body>
-QUILLO_INLINE inline std::ptrdiff_t blocks(int count, access how, Body const& body)
+QUILLO_INLINE inline std::ptrdiff_t blocks(std::ptrdiff_t count, access how, Body const& body)
 {
     detail::note_ran(p);
     return how.streaming ? blocks_stored<p, pixels, true>(count, body) : blocks_stored<p, pixels, false>(count, body);

@@ -5,11 +5,64 @@
 
 namespace Processing::FXlib::format_conversion::line {
 
+namespace {
+
+// The string instruction neither fetches the lines that it fills nor pushes them out of the caches. Short runs do not
+// pay for its start.
+template <processor p>
+bool by_string(std::ptrdiff_t bytes, access how)
+{
+    return p != processor::ssse3 && !how.streaming && bytes >= 256 && detail::has_fast_strings();
+}
+
+// body(byte offset) for every vector of the run, several in a pass. Returns how many bytes that was.
+template <processor p, class Body>
+QUILLO_INLINE inline std::ptrdiff_t vectors(std::ptrdiff_t bytes, access how, Body const& body)
+{
+    auto const by_eight = blocks<p, 128>(bytes, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
+        for (int n = 0; n < 8; ++n)
+            body.template operator()<V, streaming>(at + 16 * V::lanes * n);
+    });
+    return by_eight + blocks<p, 16>(bytes - by_eight, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
+               body.template operator()<V, streaming>(by_eight + at);
+           });
+}
+
+// The AND of four-byte pixels, looked at in vectors and one by one.
+template <processor p>
+class alpha_test
+{
+  public:
+    template <class V>
+    QUILLO_INLINE void add(V pixels)
+    {
+        vectors_.add(pixels);
+    }
+    QUILLO_INLINE void add_alpha(unsigned char alpha) { rest_ &= alpha; }
+
+    QUILLO_INLINE bool opaque() const
+    {
+        static constexpr lane<unsigned> alpha_mask_128{0xFF000000u};
+        auto const alphas = vectors_.result() & vec<p, 1>::repeat(alpha_mask_128);
+        return (alphas.mask_of_255() & 0x8888) == 0x8888 && rest_ == 255;
+    }
+
+  private:
+    running_and<p> vectors_;
+    unsigned rest_ = 255;
+};
+
+} // namespace
+
 template <processor p, bool src_aligned, bool dst_aligned>
 void copy_bytes::run(unsigned char const* src, unsigned char* dst, int count, access how)
 {
-    auto const done = blocks<p, 16>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t i) {
-        prefetch<p>(src + i + how.ahead);
+    if (by_string<p>(count, how)) {
+        detail::note_ran(p);
+        return move_string(src, dst, count);
+    }
+    auto const done = vectors<p>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t i) {
+        prefetch<p, 16 * V::lanes>(src + i + how.ahead);
         V::template load<src_aligned>(src + i).template store<dst_aligned, streaming>(dst + i);
     });
     for (std::ptrdiff_t i = done; i < count; ++i)
@@ -19,25 +72,37 @@ void copy_bytes::run(unsigned char const* src, unsigned char* dst, int count, ac
 template <processor p, bool src_aligned, bool dst_aligned>
 bool copy_testing_alpha::run(unsigned char const* src, unsigned char* dst, int count, access how)
 {
-    static constexpr lane<unsigned> alpha_mask_128{0xFF000000u};
+    alpha_test<p> alphas;
+    std::ptrdiff_t const bytes = count * std::ptrdiff_t{4};
 
-    running_and<p> every_pixel;
-    auto const done = blocks<p, 4>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t i) {
-        prefetch<p>(src + i * 4 + how.ahead);
-        auto const pixels = V::template load<src_aligned>(src + i * 4);
-        pixels.template store<dst_aligned, streaming>(dst + i * 4);
-        every_pixel.add(pixels);
+    if (by_string<p>(bytes, how)) {
+        // Pieces that are still in the first cache when they are moved.
+        constexpr std::ptrdiff_t piece = 16384;
+        for (std::ptrdiff_t at = 0; at < bytes; at += piece) {
+            std::ptrdiff_t const length = bytes - at < piece ? bytes - at : piece;
+            auto i = vectors<p>(length, how, [&]<class V, bool>(std::ptrdiff_t n) {
+                prefetch<p, 16 * V::lanes>(src + at + n + how.ahead);
+                alphas.add(V::template load<false>(src + at + n));
+            });
+            for (; i < length; i += 4)
+                alphas.add_alpha(src[at + i + 3]);
+            move_string(src + at, dst + at, length);
+        }
+        return alphas.opaque();
+    }
+
+    auto i = vectors<p>(bytes, how, [&]<class V, bool streaming>(std::ptrdiff_t n) {
+        prefetch<p, 16 * V::lanes>(src + n + how.ahead);
+        auto const pixels = V::template load<src_aligned>(src + n);
+        pixels.template store<dst_aligned, streaming>(dst + n);
+        alphas.add(pixels);
     });
-
-    using one = vec<p, 1>;
-    auto const alphas = every_pixel.result() & one::repeat(alpha_mask_128);
-    bool opaque = (alphas.mask_of_255() & 0x8888) == 0x8888;
-    for (std::ptrdiff_t i = done * 4; i < count * std::ptrdiff_t{4}; i += 4) {
+    for (; i < bytes; i += 4) {
         for (int byte = 0; byte < 4; ++byte)
             dst[i + byte] = src[i + byte];
-        opaque &= src[i + 3] == 255;
+        alphas.add_alpha(src[i + 3]);
     }
-    return opaque;
+    return alphas.opaque();
 }
 
 // clang-format off
