@@ -87,8 +87,8 @@ QUILLOLIB_SEND_API void Quillolib_send_send_video(SenderHandle sender, SenderVid
 /* Returns at once. frame->data is read until the next video call on the same sender. */
 QUILLOLIB_SEND_API void Quillolib_send_send_video_async(SenderHandle sender, SenderVideoFrame const* frame);
 
-/* Sends a block of samples, which are no longer needed on return. With clockAudio the call returns when the block is
- * due, so that a loop of sends runs at the sample rate. */
+/* Sends a block of samples, which are no longer needed on return. With clockAudio the call returns when the block's time
+ * is over and the next one's begins, so that a loop of sends runs at the sample rate. */
 QUILLOLIB_SEND_API void Quillolib_send_send_audio(SenderHandle sender, SenderAudioFrame const* frame);
 
 #ifdef __cplusplus

@@ -12,10 +12,10 @@ namespace quillo::open {
 
 namespace {
 
-#ifdef MSG_NOSIGNAL
+#ifdef __linux__
 constexpr int send_flags = MSG_NOSIGNAL;
 #else
-constexpr int send_flags = 0;
+constexpr int send_flags = 0; // the socket is set to raise no signal
 #endif
 
 bool same_user(int socket)
@@ -80,12 +80,7 @@ std::optional<channel> channel::connect(std::string const& path, std::error_code
     }
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
 
-    descriptor socket{check_call(::socket(AF_UNIX, SOCK_STREAM, 0), "socket")};
-    set_private_and_nonblocking(socket.get());
-#ifdef SO_NOSIGPIPE
-    int const on = 1;
-    ::setsockopt(socket.get(), SOL_SOCKET, SO_NOSIGPIPE, &on, sizeof on);
-#endif
+    auto socket = make_local_socket();
     if (::connect(socket.get(), reinterpret_cast<sockaddr const*>(&address), sizeof address) != 0) {
         problem = {errno, std::generic_category()};
         return {};

@@ -8,12 +8,9 @@ namespace quillo::open {
 
 waker::waker()
 {
-    std::array<int, 2> ends{};
-    check_call(::pipe(ends.data()), "pipe");
-    reading = descriptor{ends[0]};
-    writing = descriptor{ends[1]};
-    for (int const end : ends)
-        set_private_and_nonblocking(end);
+    auto ends = make_pipe();
+    reading = std::move(ends[0]);
+    writing = std::move(ends[1]);
 }
 
 void waker::wake() noexcept

@@ -26,8 +26,7 @@ descriptor listen_at(std::string const& path)
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
-    descriptor socket{check_call(::socket(AF_UNIX, SOCK_STREAM, 0), "socket")};
-    open::set_private_and_nonblocking(socket.get());
+    auto socket = open::make_local_socket();
     check_call(::bind(socket.get(), reinterpret_cast<sockaddr const*>(&address), sizeof address), "bind");
     check_call(::listen(socket.get(), 8), "listen");
     return socket;
@@ -237,7 +236,8 @@ void fake_publisher::take_body(message type, std::byte const* body, std::size_t 
         if (size != count * sizeof(float))
             memory.violations.emplace_back("samples missing");
         sound.samples.resize(size / sizeof(float));
-        std::memcpy(sound.samples.data(), body, size / sizeof(float) * sizeof(float));
+        if (!sound.samples.empty())
+            std::memcpy(sound.samples.data(), body, sound.samples.size() * sizeof(float));
         break;
     }
     default:

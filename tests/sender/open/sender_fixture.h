@@ -2,6 +2,7 @@
 #pragma once
 
 #include "sender/Quillolib_send.h"
+#include "sender/open/records.h"
 #include "tests/sender/open/fake_publisher.h"
 
 #include <gtest/gtest.h>
