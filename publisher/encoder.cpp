@@ -7,8 +7,9 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
+#include <chrono>
 #include <cmath>
+#include <semaphore>
 #include <sstream>
 
 namespace quillo::publisher {
@@ -36,7 +37,7 @@ constexpr std::array<candidate, 8> candidates{{
 
 constexpr int largest_pixels_in_software = 1920 * 1088;
 constexpr int smallest_side = 16;
-constexpr GstClockTime patience = 3 * GST_SECOND;
+constexpr std::chrono::seconds patience{3};
 
 int frames_a_second(rational rate) { return std::max(1, (rate.n + rate.d - 1) / rate.d); }
 
@@ -74,13 +75,16 @@ bool works(encoder_choice const& choice)
     format.height = 192;
     picture_store store;
     store.set_format(format);
-    std::atomic<int> units{0};
-    pipeline trial{encoding_pipeline(choice, format), [&](GstSample*) { ++units; }};
+    std::counting_semaphore<> units{0};
+    pipeline trial{encoding_pipeline(choice, format), [&](GstSample*) { units.release(); }};
     constexpr int pictures = 2;
     for (int k = 0; k < pictures; ++k)
         trial.push(restamped(store.black().get(), k * GST_SECOND / 25).get());
-    trial.end();
-    return trial.wait_for_end(patience) && units == pictures;
+    auto const until = std::chrono::steady_clock::now() + patience;
+    for (int k = 0; k < pictures; ++k)
+        if (!units.try_acquire_until(until))
+            return false;
+    return true;
 }
 
 bool factory_exists(char const* element)

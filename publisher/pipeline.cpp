@@ -45,27 +45,6 @@ GstFlowReturn pipeline::new_sample(GstElement* sink, gpointer self)
 
 bool pipeline::push(GstBuffer* buffer) { return push_buffer(in_.get(), buffer); }
 
-void pipeline::end() { gst_app_src_end_of_stream(GST_APP_SRC(in_.get())); }
-
-std::string pipeline::error() const
-{
-    auto const bus = adopt<bus_ptr>(gst_element_get_bus(pipeline_.get()));
-    auto const message = adopt<message_ptr>(gst_bus_pop_filtered(bus.get(), GST_MESSAGE_ERROR));
-    if (!message)
-        return {};
-    GError* problem = nullptr;
-    gst_message_parse_error(message.get(), &problem, nullptr);
-    return error_ptr { problem } -> message;
-}
-
-bool pipeline::wait_for_end(GstClockTime timeout)
-{
-    auto const bus = adopt<bus_ptr>(gst_element_get_bus(pipeline_.get()));
-    auto const message = adopt<message_ptr>(gst_bus_timed_pop_filtered(
-        bus.get(), timeout, static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)));
-    return message && GST_MESSAGE_TYPE(message.get()) == GST_MESSAGE_EOS;
-}
-
 bool push_buffer(GstElement* appsrc, GstBuffer* buffer)
 {
     GstAppSrc* const src = GST_APP_SRC(appsrc);

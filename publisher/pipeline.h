@@ -24,7 +24,6 @@ class pipeline
 
     // False when "in" was full, and its oldest buffer had to go.
     bool push(GstBuffer* buffer);
-    void end();
 
     GstElement* get() const { return pipeline_.get(); }
     GstElement* in() const { return in_.get(); }
@@ -32,9 +31,6 @@ class pipeline
 
     // The first error that the pipeline reported, empty for none.
     std::string error() const;
-
-    // Waits for the end of the stream or an error. False for an error or when time is up.
-    bool wait_for_end(GstClockTime timeout);
 
   private:
     static GstFlowReturn new_sample(GstElement*, gpointer self);

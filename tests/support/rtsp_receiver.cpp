@@ -1,0 +1,194 @@
+#include "tests/support/rtsp_receiver.h"
+
+#include <gst/app/gstappsink.h>
+
+#include <ctime>
+#include <utility>
+
+namespace quillo::testing {
+
+namespace {
+
+constexpr std::size_t most_waiting = 32; // pictures that nobody asked for yet
+
+std::int64_t now_ns()
+{
+    timespec now{};
+    ::clock_gettime(CLOCK_MONOTONIC, &now);
+    return now.tv_sec * 1'000'000'000ll + now.tv_nsec;
+}
+
+std::vector<unsigned char> tight_bytes(GstVideoFrame& frame)
+{
+    std::vector<unsigned char> bytes;
+    for (guint plane = 0; plane < GST_VIDEO_FRAME_N_PLANES(&frame); ++plane) {
+        bool const packed = GST_VIDEO_FRAME_N_PLANES(&frame) == 1;
+        auto const* row = static_cast<unsigned char const*>(GST_VIDEO_FRAME_PLANE_DATA(&frame, plane));
+        int const width = GST_VIDEO_FRAME_COMP_WIDTH(&frame, plane);
+        int const pixel = GST_VIDEO_FRAME_COMP_PSTRIDE(&frame, plane);
+        int const row_bytes = packed && pixel == 2 ? GST_VIDEO_FRAME_WIDTH(&frame) * 2 : width * pixel;
+        for (int y = 0; y < GST_VIDEO_FRAME_COMP_HEIGHT(&frame, plane); ++y) {
+            bytes.insert(bytes.end(), row, row + row_bytes);
+            row += GST_VIDEO_FRAME_PLANE_STRIDE(&frame, plane);
+        }
+    }
+    return bytes;
+}
+
+} // namespace
+
+rtsp_receiver::rtsp_receiver(std::string const& url, over transport, decode kind)
+    : pipeline_(static_cast<GstElement*>(gst_object_ref_sink(gst_pipeline_new(nullptr)))), kind_(kind)
+{
+    GstElement* const source = gst_element_factory_make("rtspsrc", nullptr);
+    g_object_set(source, "location", url.c_str(), "latency", 0, nullptr);
+    gst_util_set_object_arg(G_OBJECT(source), "protocols", transport == over::tcp ? "tcp" : "udp");
+    gst_bin_add(GST_BIN(pipeline_.get()), source);
+    g_signal_connect(source, "pad-added", G_CALLBACK(+[](GstElement*, GstPad* pad, gpointer self) {
+                         static_cast<rtsp_receiver*>(self)->link(pad);
+                     }),
+                     this);
+    g_signal_connect(source, "on-sdp", G_CALLBACK(+[](GstElement*, GstSDPMessage* sdp, gpointer data) {
+                         auto* const self = static_cast<rtsp_receiver*>(data);
+                         string_ptr const text{gst_sdp_message_as_text(sdp)};
+                         std::lock_guard const lock{self->mutex_};
+                         self->sdp_ = text.get();
+                         self->changed_.notify_all();
+                     }),
+                     this);
+}
+
+void rtsp_receiver::start() { gst_element_set_state(pipeline_.get(), GST_STATE_PLAYING); }
+
+rtsp_receiver::~rtsp_receiver() { gst_element_set_state(pipeline_.get(), GST_STATE_NULL); }
+
+void rtsp_receiver::link(GstPad* pad)
+{
+    auto const caps = adopt<caps_ptr>(gst_pad_get_current_caps(pad));
+    GstStructure const* const first = gst_caps_get_structure(caps.get(), 0);
+    bool const video = std::string_view{gst_structure_get_string(first, "media")} == "video";
+    char const* const description = video ? (kind_ == decode::raw ? "rtpvrawdepay ! appsink name=out sync=false"
+                                                                  : "rtph264depay ! avdec_h264 ! appsink name=out "
+                                                                    "sync=false")
+                                          : (kind_ == decode::raw ? "rtpL24depay ! appsink name=out sync=false"
+                                                                  : "rtpopusdepay ! opusdec ! audioconvert ! "
+                                                                    "audio/x-raw,format=S16LE ! appsink name=out "
+                                                                    "sync=false");
+    GstElement* const bin = gst_parse_bin_from_description(description, TRUE, nullptr);
+    auto const out = adopt<element_ptr>(gst_bin_get_by_name(GST_BIN(bin), "out"));
+    GstAppSinkCallbacks callbacks{};
+    using taker = GstFlowReturn (*)(GstAppSink*, gpointer);
+    callbacks.new_sample = video ? static_cast<taker>([](GstAppSink* sink, gpointer self) {
+        auto const sample = adopt<sample_ptr>(gst_app_sink_pull_sample(sink));
+        if (sample)
+            static_cast<rtsp_receiver*>(self)->take_picture(sample.get());
+        return GST_FLOW_OK;
+    })
+                                 : static_cast<taker>([](GstAppSink* sink, gpointer self) {
+                                       auto const sample = adopt<sample_ptr>(gst_app_sink_pull_sample(sink));
+                                       if (sample)
+                                           static_cast<rtsp_receiver*>(self)->take_sound(sample.get());
+                                       return GST_FLOW_OK;
+                                   });
+    gst_app_sink_set_callbacks(GST_APP_SINK(out.get()), &callbacks, this, nullptr);
+    gst_bin_add(GST_BIN(pipeline_.get()), bin);
+    auto const sink = adopt<pad_ptr>(gst_element_get_static_pad(bin, "sink"));
+    gst_pad_link(pad, sink.get());
+    gst_element_sync_state_with_parent(bin);
+}
+
+void rtsp_receiver::take_picture(GstSample* sample)
+{
+    auto const arrived = now_ns();
+    GstVideoInfo info;
+    if (!gst_video_info_from_caps(&info, gst_sample_get_caps(sample)))
+        return;
+    GstBuffer* const buffer = gst_sample_get_buffer(sample);
+    mapped_frame frame{info, buffer, GST_MAP_READ};
+    if (!frame)
+        return;
+    picture got{GST_VIDEO_INFO_WIDTH(&info),
+                GST_VIDEO_INFO_HEIGHT(&info),
+                GST_VIDEO_INFO_NAME(&info),
+                {},
+                static_cast<std::int64_t>(GST_BUFFER_PTS(buffer)),
+                arrived};
+    got.bytes = tight_bytes(*frame.get());
+    std::lock_guard const lock{mutex_};
+    ++pictures_;
+    if (on_picture) {
+        on_picture(got);
+        return;
+    }
+    if (waiting_.size() == most_waiting)
+        waiting_.erase(waiting_.begin());
+    waiting_.push_back(std::move(got));
+    changed_.notify_all();
+}
+
+void rtsp_receiver::take_sound(GstSample* sample)
+{
+    GstMapInfo map;
+    GstBuffer* const buffer = gst_sample_get_buffer(sample);
+    string_ptr const caps{gst_caps_to_string(gst_sample_get_caps(sample))};
+    if (!gst_buffer_map(buffer, &map, GST_MAP_READ))
+        return;
+    {
+        std::lock_guard const lock{mutex_};
+        sound_.insert(sound_.end(), map.data, map.data + map.size);
+        sound_caps_ = caps.get();
+        changed_.notify_all();
+    }
+    gst_buffer_unmap(buffer, &map);
+}
+
+std::optional<rtsp_receiver::picture> rtsp_receiver::wait_for_picture(std::function<bool(picture const&)> const& fits,
+                                                                      std::chrono::milliseconds limit)
+{
+    std::unique_lock lock{mutex_};
+    std::optional<picture> found;
+    changed_.wait_for(lock, limit, [&] {
+        while (!waiting_.empty() && !found) {
+            if (!fits || fits(waiting_.front()))
+                found = std::move(waiting_.front());
+            waiting_.erase(waiting_.begin());
+        }
+        return found.has_value();
+    });
+    return found;
+}
+
+std::vector<unsigned char> rtsp_receiver::wait_for_sound(std::size_t bytes, std::chrono::milliseconds limit)
+{
+    std::unique_lock lock{mutex_};
+    changed_.wait_for(lock, limit, [&] { return sound_.size() >= bytes; });
+    return std::exchange(sound_, {});
+}
+
+bool rtsp_receiver::wait_for_end(std::chrono::milliseconds limit)
+{
+    auto const bus = adopt<bus_ptr>(gst_element_get_bus(pipeline_.get()));
+    return adopt<message_ptr>(
+               gst_bus_timed_pop_filtered(bus.get(), static_cast<GstClockTime>(limit.count()) * GST_MSECOND,
+                                          static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR))) != nullptr;
+}
+
+std::size_t rtsp_receiver::pictures() const
+{
+    std::lock_guard const lock{mutex_};
+    return pictures_;
+}
+
+std::string rtsp_receiver::sdp() const
+{
+    std::lock_guard const lock{mutex_};
+    return sdp_;
+}
+
+std::string rtsp_receiver::sound_caps() const
+{
+    std::lock_guard const lock{mutex_};
+    return sound_caps_;
+}
+
+} // namespace quillo::testing
