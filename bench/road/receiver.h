@@ -1,0 +1,14 @@
+// One watching receiver, a process of its own: GStreamer's rtspsrc into an application, as a player would.
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+namespace quillo::bench {
+
+// Watches url for so many seconds after its first picture and gives what it saw: frames, lost, different (raw only),
+// latency in ms from the send call to the picture in the application.
+nlohmann::json receive(std::string const& url, bool raw, int width, int height, double seconds);
+
+} // namespace quillo::bench

@@ -1,0 +1,282 @@
+// The road from a send call to receivers on this machine: latency, losses, differing bytes, processor time, and how
+// long the send calls take while receivers or the publisher misbehave.
+//
+//   quillo_road_bench --size 1920x1080 --rate 60 --seconds 10 --mount raw --viewers 1
+#include "bench/road/receiver.h"
+#include "bench/road/statistics.h"
+#include "bench/road/test_picture.h"
+#include "sender/Quillolib_send.h"
+#include "sender/open/protocol.h"
+
+#include <CLI/CLI.hpp>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <iostream>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace quillo::bench;
+using json = nlohmann::json;
+
+struct options
+{
+    int width = 1920, height = 1080, rate = 60, viewers = 1;
+    double seconds = 10;
+    std::string mount = "raw";
+    bool audio = true, stop_one = false, stop_publisher = false, kill_publisher = false;
+};
+
+json publisher_status(std::string const& folder)
+{
+    int const fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    auto const path = folder + "/publisher.sock";
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    std::string text;
+    quillo::protocol::header head{quillo::protocol::magic, quillo::protocol::message::status_request, 0, 0};
+    timeval const patience{2, 0};
+    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+    if (connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0 &&
+        send(fd, &head, sizeof head, MSG_NOSIGNAL) == sizeof head &&
+        recv(fd, &head, sizeof head, MSG_WAITALL) == sizeof head) {
+        text.resize(head.size);
+        if (recv(fd, text.data(), text.size(), MSG_WAITALL) != static_cast<ssize_t>(text.size()))
+            text.clear();
+    }
+    close(fd);
+    return json::parse(text, nullptr, false);
+}
+
+json wait_for_source(std::string const& folder, double seconds)
+{
+    auto const end = monotonic_ns() + static_cast<std::int64_t>(seconds * 1e9);
+    while (monotonic_ns() < end) {
+        auto const status = publisher_status(folder);
+        if (status.is_object() && !status["sources"].empty() && status["sources"][0].contains("format") &&
+            !status["sources"][0]["format"].is_null())
+            return status;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return nullptr;
+}
+
+// Sends pictures at the rate from a schedule of its own, as a host whose clock is steady.
+class host
+{
+  public:
+    explicit host(options const& o) : o_(o), picture_(o.width, o.height)
+    {
+        SenderSettings const settings{"Quillo road benchmark", nullptr, true, true};
+        sender_ = Quillolib_send_create(&settings);
+        for (auto& buffer : buffers_)
+            buffer.resize(static_cast<std::size_t>(o.width) * o.height * 2);
+        video_ = std::thread([this] { send_video(); });
+        if (o.audio)
+            audio_ = std::thread([this] { send_audio(); });
+    }
+
+    void stop()
+    {
+        running_ = false;
+        video_.join();
+        if (audio_.joinable())
+            audio_.join();
+        Quillolib_send_destroy(sender_);
+    }
+
+    std::atomic<bool> measuring{false};
+    std::vector<double> call_ms;
+    std::uint32_t sent() const { return counter_; }
+    double host_cpu_s() const { return host_cpu_s_; }
+
+  private:
+    void send_video()
+    {
+        auto const began = monotonic_ns();
+        while (running_) {
+            auto const due = began + static_cast<std::int64_t>(counter_) * 1000000000 / o_.rate;
+            while (monotonic_ns() < due)
+                std::this_thread::sleep_for(std::chrono::nanoseconds(due - monotonic_ns()));
+            auto& buffer = buffers_[counter_ % 2];
+            auto const t0 = monotonic_ns();
+            Quillolib_send_send_video(sender_, nullptr);
+            auto const t1 = monotonic_ns();
+            auto const cpu = thread_cpu_s();
+            ++counter_;
+            stamp const s{counter_, monotonic_ns()};
+            picture_.draw(s, buffer.data());
+            host_cpu_s_ = host_cpu_s_ + thread_cpu_s() - cpu;
+            SenderVideoFrame const frame{o_.width,
+                                         o_.height,
+                                         SenderFourCC_UYVY,
+                                         o_.rate,
+                                         1,
+                                         static_cast<float>(o_.width) / static_cast<float>(o_.height),
+                                         FrameFormat_progressive,
+                                         static_cast<std::int64_t>(counter_) * 10000000 / o_.rate,
+                                         buffer.data(),
+                                         o_.width * 2};
+            auto const t2 = monotonic_ns();
+            Quillolib_send_send_video_async(sender_, &frame);
+            auto const t3 = monotonic_ns();
+            if (measuring)
+                call_ms.push_back(static_cast<double>(t1 - t0 + t3 - t2) / 1e6);
+        }
+    }
+
+    void send_audio()
+    {
+        std::vector<float> block(480 * 2);
+        for (std::int64_t index = 0; running_; ++index) {
+            SenderAudioFrame const frame{48000, 2, 480, index * 100000, block.data(), 480 * 4};
+            Quillolib_send_send_audio(sender_, &frame);
+        }
+    }
+
+    options const o_;
+    test_picture const picture_;
+    SenderHandle sender_ = nullptr;
+    std::vector<std::uint8_t> buffers_[2];
+    std::atomic<bool> running_{true};
+    std::atomic<std::uint32_t> counter_{0};
+    std::atomic<double> host_cpu_s_{0};
+    std::thread video_, audio_;
+};
+
+// Receivers are processes of their own, so that their processor time is not ours.
+struct receiver_process
+{
+    pid_t pid;
+    int out;
+};
+
+receiver_process start_receiver(std::string const& url, options const& o, double seconds)
+{
+    int ends[2];
+    if (pipe(ends) != 0)
+        throw std::runtime_error("pipe failed");
+    pid_t const pid = fork();
+    if (pid == 0) {
+        dup2(ends[1], 1);
+        close(ends[0]);
+        auto const self = std::filesystem::read_symlink("/proc/self/exe").string();
+        auto const size = std::to_string(o.width) + "x" + std::to_string(o.height);
+        auto const span = std::to_string(seconds);
+        execl(self.c_str(), self.c_str(), "--receive", url.c_str(), "--size", size.c_str(), "--mount", o.mount.c_str(),
+              "--seconds", span.c_str(), nullptr);
+        _exit(127);
+    }
+    close(ends[1]);
+    return {pid, ends[0]};
+}
+
+json finish_receiver(receiver_process const& receiver)
+{
+    std::string text;
+    char part[4096];
+    for (ssize_t size; (size = read(receiver.out, part, sizeof part)) > 0;)
+        text.append(part, static_cast<std::size_t>(size));
+    close(receiver.out);
+    waitpid(receiver.pid, nullptr, 0);
+    return json::parse(text, nullptr, false);
+}
+
+int send(options const& o)
+{
+    char name[] = "/tmp/quillo-road-XXXXXX";
+    std::string const folder = mkdtemp(name);
+    setenv("QUILLO_RUNTIME_DIR", folder.c_str(), 1);
+
+    host playing(o);
+    auto const status = wait_for_source(folder, 20);
+    if (status.is_null()) {
+        std::cerr << "no publisher within 20 s\n";
+        playing.stop();
+        return 1;
+    }
+    pid_t const publisher = status["pid"].get<pid_t>();
+    std::string const url = status["sources"][0]["url"].get<std::string>() + (o.mount == "raw" ? "/raw" : "");
+
+    std::vector<receiver_process> receivers;
+    for (int viewer = 0; viewer < o.viewers; ++viewer)
+        receivers.push_back(start_receiver(url, o, o.seconds));
+    std::this_thread::sleep_for(std::chrono::seconds(2)); // start-up is not what is measured
+
+    if (o.stop_one && !receivers.empty())
+        kill(receivers.back().pid, SIGSTOP);
+    if (o.stop_publisher)
+        kill(publisher, SIGSTOP);
+    if (o.kill_publisher)
+        kill(publisher, SIGKILL);
+
+    auto const cpu = [&] { return process_cpu_s() - playing.host_cpu_s(); };
+    double const own = cpu(), theirs = process_cpu_s(publisher);
+    auto const began = monotonic_ns();
+    auto const sent = playing.sent();
+    playing.measuring = true;
+    std::this_thread::sleep_for(std::chrono::duration<double>(std::max(1.0, o.seconds - 2.5)));
+    playing.measuring = false;
+    double const span = static_cast<double>(monotonic_ns() - began) / 1e9;
+
+    json result{
+        {"mount", o.mount}, {"size", std::to_string(o.width) + "x" + std::to_string(o.height)}, {"viewers", o.viewers}};
+    result["sends_per_s"] = (playing.sent() - sent) / span;
+    result["sender_cores"] = (cpu() - own) / span;
+    result["publisher_cores"] = o.kill_publisher ? 0 : (process_cpu_s(publisher) - theirs) / span;
+    result["publisher_mb"] = resident_kb(publisher) / 1024;
+    result["send_call_ms"] = summary(playing.call_ms);
+
+    if (o.stop_publisher)
+        kill(publisher, SIGCONT);
+    if (o.stop_one && !receivers.empty())
+        kill(receivers.back().pid, SIGKILL);
+    for (auto const& receiver : receivers)
+        result["receivers"].push_back(finish_receiver(receiver));
+    playing.stop();
+    auto const last = publisher_status(folder);
+    if (last.is_object())
+        kill(last["pid"].get<pid_t>(), SIGTERM);
+    std::filesystem::remove_all(folder);
+    std::cout << result.dump(1) << '\n';
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    options o;
+    std::string size = "1920x1080", url;
+    CLI::App app{"Measures the road from a send call to receivers on this machine."};
+    app.add_option("--size", size, "Picture size");
+    app.add_option("--rate", o.rate, "Frames a second");
+    app.add_option("--seconds", o.seconds, "How long to watch");
+    app.add_option("--mount", o.mount, "raw or default")->check(CLI::IsMember({"raw", "default"}));
+    app.add_option("--viewers", o.viewers, "Receivers at once");
+    app.add_flag("!--no-audio", o.audio, "Send no sound");
+    app.add_flag("--stop-one", o.stop_one, "Stop one receiver (SIGSTOP) while measuring");
+    app.add_flag("--stop-publisher", o.stop_publisher, "Stop the publisher while measuring");
+    app.add_flag("--kill-publisher", o.kill_publisher, "Kill the publisher when measuring begins");
+    app.add_option("--receive", url, "Be a receiver of this address and print what was seen");
+    CLI11_PARSE(app, argc, argv);
+    if (std::sscanf(size.c_str(), "%dx%d", &o.width, &o.height) != 2 || o.width < stamp_width || o.height < 64) {
+        std::cerr << "size must be at least 512x64\n";
+        return 2;
+    }
+    if (!url.empty()) {
+        std::cout << receive(url, o.mount == "raw", o.width, o.height, o.seconds) << '\n';
+        return 0;
+    }
+    return send(o);
+}

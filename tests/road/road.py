@@ -1,0 +1,185 @@
+"""The whole road from outside: plays a file with the built command, and watches it with stock receivers.
+
+Nothing of the project's code is used to judge: receivers are ffmpeg and GStreamer's own tools, the expected picture is
+computed here from the file's decoded samples.
+"""
+
+import contextlib
+import hashlib
+import json
+import os
+import shutil
+import signal
+import socket
+import struct
+import subprocess
+import tempfile
+import time
+
+
+class RoadError(Exception):
+    pass
+
+
+def build_folder():
+    top = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+    return os.environ.get("QUILLO_BUILD", os.path.join(top, "build", "run"))
+
+
+def quillo():
+    return os.path.join(build_folder(), "tools", "quillo", "quillo")
+
+
+class Road:
+    """A runtime folder of its own, a player, and the publisher that the sender starts."""
+
+    def __init__(self, port=0):
+        self.folder = tempfile.mkdtemp(prefix="quillo-road-")
+        self.env = dict(os.environ, QUILLO_RUNTIME_DIR=self.folder, QUILLO_PUBLISHER=quillo())
+        self.processes = []
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *exc):
+        for process in reversed(self.processes):
+            if process.poll() is None:
+                process.send_signal(signal.SIGCONT)
+                process.send_signal(signal.SIGINT)
+                try:
+                    process.wait(10)
+                except subprocess.TimeoutExpired:
+                    process.kill()
+                    process.wait()
+        with contextlib.suppress(Exception):
+            os.kill(self.status()["pid"], signal.SIGTERM)
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+    def start(self, arguments, **kwargs):
+        kwargs.setdefault("stdin", subprocess.DEVNULL)
+        kwargs.setdefault("stdout", open(os.path.join(self.folder, f"out{len(self.processes)}"), "wb"))
+        kwargs.setdefault("stderr", subprocess.STDOUT)
+        process = subprocess.Popen(arguments, env=self.env, **kwargs)
+        self.processes.append(process)
+        return process
+
+    def serve(self, *options):
+        return self.start([quillo(), "serve", *options])
+
+    def play(self, *options, **kwargs):
+        return self.start([quillo(), "play", *options], **kwargs)
+
+    def output(self, index=0):
+        with open(os.path.join(self.folder, f"out{index}"), "rb") as file:
+            return file.read().decode(errors="replace")
+
+    def status(self):
+        """The publisher's own account, asked for over its local socket."""
+        with socket.socket(socket.AF_UNIX) as sock:
+            sock.settimeout(3)
+            sock.connect(os.path.join(self.folder, "publisher.sock"))
+            sock.sendall(struct.pack("<IIII", 0x6F6C7551, 32, 0, 0))
+            head = _exactly(sock, 16)
+            _, _, size, _ = struct.unpack("<IIII", head)
+            return json.loads(_exactly(sock, size))
+
+    def source(self, seconds=15, index=0, ready=lambda source: source.get("format")):
+        """Waits until the publisher knows a source with a picture format, and gives its status."""
+        end = time.monotonic() + seconds
+        last = None
+        while time.monotonic() < end:
+            try:
+                last = self.status()
+                if len(last["sources"]) > index and ready(last["sources"][index]):
+                    return last["sources"][index]
+            except (OSError, ValueError, KeyError) as error:
+                last = error
+            time.sleep(0.05)
+        raise RoadError(f"no source within {seconds} s: {last}\n{self.output()}")
+
+
+def _exactly(sock, size):
+    data = b""
+    while len(data) < size:
+        part = sock.recv(size - len(data))
+        if not part:
+            raise OSError("publisher closed the connection")
+        data += part
+    return data
+
+
+def run(arguments, seconds=120, **kwargs):
+    return subprocess.run(arguments, timeout=seconds, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                          stderr=subprocess.PIPE, **kwargs)
+
+
+def probe(path_or_url, seconds=30, extra=()):
+    """What ffprobe says of a file or a live source."""
+    result = run(["ffprobe", "-v", "error", *extra, "-show_streams", "-of", "json", path_or_url], seconds)
+    if result.returncode:
+        raise RoadError(result.stderr.decode())
+    return json.loads(result.stdout)["streams"]
+
+
+def file_pictures(path, frames=None):
+    """The file's frames as UYVY, from its own 4:2:0 samples: each chroma sample serves its 2 x 2 pixels, nothing is
+    filtered. An odd width loses its last column, as 4:2:2 has only pairs."""
+    video = next(s for s in probe(path) if s["codec_type"] == "video")
+    width, height = video["width"], video["height"]
+    if video["pix_fmt"] not in ("yuv420p", "yuvj420p"):
+        raise RoadError(f"{path}: {video['pix_fmt']} is not 4:2:0")
+    chroma_width, chroma_height = (width + 1) // 2, (height + 1) // 2
+    limit = ["-frames:v", str(frames)] if frames else []
+    process = subprocess.Popen(["ffmpeg", "-v", "error", "-i", path, "-map", "0:v:0", *limit, "-f", "rawvideo", "-vsync",
+                                "0", "-pix_fmt", "yuv420p", "-"], stdout=subprocess.PIPE, stdin=subprocess.DEVNULL)
+    size = width * height + 2 * chroma_width * chroma_height
+    even = width & ~1
+    with process:
+        while True:
+            data = process.stdout.read(size)
+            if len(data) < size:
+                break
+            u0 = width * height
+            v0 = u0 + chroma_width * chroma_height
+            rows = []
+            for row in range(height):
+                line = bytearray(even * 2)
+                luma = row * width
+                chroma = row // 2 * chroma_width
+                line[1::2] = data[luma:luma + even]
+                line[0::4] = data[u0 + chroma:u0 + chroma + even // 2]
+                line[2::4] = data[v0 + chroma:v0 + chroma + even // 2]
+                rows.append(bytes(line))
+            yield rows
+
+
+def digest(rows):
+    return hashlib.blake2b(b"".join(rows), digest_size=16).digest()
+
+
+def receive_ffmpeg(url, seconds, pixels="uyvy422", extra=()):
+    """Frames as ffmpeg delivers them, without any conversion; the caller gives the announced pixel format."""
+    return ["ffmpeg", "-v", "error", "-rtsp_transport", "tcp", *extra, "-i", url, "-map", "0:v", "-t", str(seconds),
+            "-f", "rawvideo", "-vsync", "passthrough", "-pix_fmt", pixels, "-"]
+
+
+def receive_gstreamer(url, frames, pixels="UYVY"):
+    return ["gst-launch-1.0", "-q", "rtspsrc", f"location={url}", "latency=0", "protocols=tcp", "name=s", "s.",
+            "!", "application/x-rtp,media=video", "!", "rtpvrawdepay", "!", f"video/x-raw,format={pixels}", "!",
+            "identity", f"eos-after={frames + 1}", "!", "fdsink", "fd=1", "sync=false"]
+
+
+def frames_of(arguments, size, seconds=120):
+    """The digests of the frames that a receiver writes, and its complaints."""
+    process = subprocess.Popen(arguments, stdout=subprocess.PIPE, stderr=subprocess.PIPE, stdin=subprocess.DEVNULL)
+    digests = []
+    end = time.monotonic() + seconds
+    while time.monotonic() < end:
+        data = process.stdout.read(size)
+        if len(data) < size:
+            break
+        digests.append(hashlib.blake2b(data, digest_size=16).digest())
+    process.kill()
+    complaints = process.stderr.read().decode(errors="replace")
+    process.wait()
+    return digests, complaints
