@@ -1,5 +1,6 @@
 #include "Plugins/Plugins.AdobeCC.Transmit/sdk_file/strings.h"
 
+#include <cstring>
 #include <cwchar>
 
 #include "Plugins/Plugins.AdobeCC.Transmit/sdk_file/utf16.h"
@@ -10,3 +11,7 @@ void copyConvertStringLiteralIntoUTF16(wchar_t const* in, prUTF16Char* out)
     quillo::utf16_from_wide(in, length, out, length);
     out[length] = 0;
 }
+
+void safeStrCpy(char* dst, int /*size*/, char const* src) { std::strcpy(dst, src); }
+
+void safeWcscat(wchar_t* dst, int /*size*/, wchar_t const* src) { std::wcscat(dst, src); }

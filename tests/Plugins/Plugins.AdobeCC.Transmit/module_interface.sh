@@ -12,7 +12,7 @@ differs() {
     failed=1
 }
 
-wanted=$(grep -v '^#' "$list" | sort)
+wanted=$(grep '^[^#]' "$list" | sort)
 found=$(nm -D --defined-only "$module" | awk '{print $3}' | sort)
 differs exports "$wanted" "$found"
 

@@ -32,4 +32,19 @@ TEST(CopyConvertStringLiteralIntoUTF16, CutsAtAsManyUnitsAsThereAreCharacters)
     EXPECT_THAT(converted(L"\U0010FFFF\U00010000"), ElementsAre(0xDBFF, 0xDFFF, 0, 0xEEEE, 0xEEEE, 0xEEEE));
 }
 
+TEST(SafeStrCpy, CopiesTheWholeTextWhateverTheSize)
+{
+    char text[] = "xxxxxxxx";
+    safeStrCpy(text, 2, "quillo");
+    EXPECT_STREQ(text, "quillo");
+    EXPECT_EQ(text[7], 'x');
+}
+
+TEST(SafeWcscat, AppendsTheWholeTextWhateverTheSize)
+{
+    wchar_t text[12] = L"quillo";
+    safeWcscat(text, 0, L" out");
+    EXPECT_STREQ(text, L"quillo out");
+}
+
 } // namespace
