@@ -180,14 +180,24 @@ bool hand_over::say_formats()
 {
     if (!publisher->idle())
         return true;
-    auto const current = box.current_formats();
-    bool alive = true;
-    if (current.video && current.video != said_formats.video)
-        alive = publisher->send(message::video_format, *current.video);
-    if (alive && current.audio && current.audio != said_formats.audio)
-        alive = publisher->send(message::audio_format, *current.audio);
-    said_formats = current;
-    return alive;
+    auto const [video, audio] = box.current_formats();
+    return (!video || say_format(*video)) && (!audio || say_format(*audio));
+}
+
+bool hand_over::say_format(protocol::video_format_body const& format)
+{
+    if (said_formats.video == format)
+        return true;
+    said_formats.video = format;
+    return publisher->send(message::video_format, format);
+}
+
+bool hand_over::say_format(protocol::audio_format_body const& format)
+{
+    if (said_formats.audio == format)
+        return true;
+    said_formats.audio = format;
+    return publisher->send(message::audio_format, format);
 }
 
 bool hand_over::say_picture(steady::time_point now)
@@ -213,14 +223,16 @@ bool hand_over::say_picture(steady::time_point now)
     }
     offer->held.what.copy_to(pool->slot(*slot));
     box.end_copy();
-    return publisher->send(message::video, protocol::video_body{.format = offer->held.what.format,
-                                                                .pool_id = pool_id,
-                                                                .slot = *slot,
-                                                                .timecode_100ns = offer->held.timecode_100ns,
-                                                                .sent_ns = offer->held.sent_ns,
-                                                                .index = offer->held.index,
-                                                                .repeat = offer->repeat ? 1u : 0u,
-                                                                .reserved = 0});
+    protocol::video_body const said{.format = offer->held.what.format,
+                                    .pool_id = pool_id,
+                                    .slot = *slot,
+                                    .timecode_100ns = offer->held.timecode_100ns,
+                                    .sent_ns = offer->held.sent_ns,
+                                    .index = offer->held.index,
+                                    .repeat = offer->repeat ? 1u : 0u,
+                                    .reserved = 0};
+    // The host may have gone on to another format since the last look at it.
+    return say_format(said.format) && publisher->send(message::video, said);
 }
 
 bool hand_over::make_pool(std::size_t picture_bytes, steady::time_point now)
@@ -251,7 +263,8 @@ bool hand_over::say_sound()
         auto const* const block = box.first_sound();
         if (!block)
             return true;
-        bool const alive = publisher->send(message::audio, block->head, block->samples);
+        bool const alive =
+            say_format(block->head.format) && publisher->send(message::audio, block->head, block->samples);
         box.drop_sound();
         if (!alive)
             return false;

@@ -47,6 +47,8 @@ class hand_over
     bool talk(steady::time_point now);
     bool obey(incoming const&, steady::time_point now);
     bool say_formats();
+    bool say_format(protocol::video_format_body const&);
+    bool say_format(protocol::audio_format_body const&);
     bool say_picture(steady::time_point now);
     bool make_pool(std::size_t picture_bytes, steady::time_point now);
     bool say_sound();

@@ -87,7 +87,6 @@ class mailbox
     {
         std::optional<protocol::video_format_body> video;
         std::optional<protocol::audio_format_body> audio;
-        bool operator==(formats const&) const = default;
     };
     formats current_formats() const;
 

@@ -233,6 +233,8 @@ void fake_publisher::take_body(message type, std::byte const* body, std::size_t 
         take(sound.head);
         auto const count =
             sound.head.silent ? 0 : static_cast<std::size_t>(sound.head.samples * sound.head.format.channels);
+        if (memory.audio_formats.empty() || !(memory.audio_formats.back() == sound.head.format))
+            memory.violations.emplace_back("sound of another format than announced");
         if (size != count * sizeof(float))
             memory.violations.emplace_back("samples missing");
         sound.samples.resize(size / sizeof(float));
@@ -278,6 +280,8 @@ void fake_publisher::take_picture(protocol::video_body const& head)
         memory.violations.emplace_back("picture outside of the pool");
         return;
     }
+    if (memory.video_formats.empty() || !(memory.video_formats.back() == head.format))
+        memory.violations.emplace_back("picture of another format than announced");
     auto const* const at = pool + head.slot * pool_is.slot_bytes;
     memory.pictures.push_back({head, {at, at + size}});
     if (manners.give_back)

@@ -27,6 +27,10 @@ class sound : public sender_test
             if (publisher.wait_until([](record const& seen) { return !seen.sounds.empty(); }, 20ms))
                 break;
         }
+        // What was sent meanwhile is on its way too.
+        ASSERT_TRUE(publisher.wait_until([&](record const& seen) {
+            return !seen.sounds.empty() && seen.sounds.back().head.sample_index == (sent - 1) * 480;
+        }));
         heard_at_begin = publisher.seen().sounds.size();
         ASSERT_GE(heard_at_begin, 1u);
     }
