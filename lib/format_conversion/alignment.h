@@ -11,6 +11,11 @@ inline bool is_aligned(unsigned char const* data, int stride)
     return ((reinterpret_cast<std::uintptr_t>(data) | static_cast<std::uintptr_t>(stride)) & 15) == 0;
 }
 
+inline bool is_aligned(unsigned short const* data, int stride)
+{
+    return is_aligned(reinterpret_cast<unsigned char const*>(data), stride);
+}
+
 inline bool is_aligned(unsigned char const* data, int stride, unsigned char const* data_2, int stride_2)
 {
     return is_aligned(data, stride) && is_aligned(data_2, stride_2);

@@ -3,4 +3,9 @@
 #pragma once
 
 #include "lib/format_conversion/line/copy.h"
+#include "lib/format_conversion/line/uyvy_a_to_uyvy.h"
+#include "lib/format_conversion/line/uyvy_to_444.h"
+#include "lib/format_conversion/line/uyvy_to_bgr.h"
+#include "lib/format_conversion/line/uyvy_to_r_g_b.h"
+#include "lib/format_conversion/line/uyvy_to_rgba_and_bgra.h"
 #include "lib/format_conversion/line/ycbcr444_to_uyvy.h"

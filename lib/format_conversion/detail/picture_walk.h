@@ -49,6 +49,25 @@ struct plane
     long long reach;
 };
 
+// The upper and the lower lines of a plane that is converted two lines at a time.
+template <class Sample>
+plane<Sample> upper(Sample* first, int stride, long long tight)
+{
+    return {first, stride * 2, tight};
+}
+template <class Sample>
+plane<Sample> lower(Sample* first, int stride, long long tight)
+{
+    return {first + stride, stride * 2, tight};
+}
+
+// The last of so many lines.
+template <class Sample>
+Sample* last(Sample* first, int stride, int lines)
+{
+    return first + static_cast<std::ptrdiff_t>(lines - 1) * stride;
+}
+
 // Bytes of a UYVY line that ends with a whole pair.
 inline long long whole_pairs(int width) { return (width + 1ll) / 2 * 4; }
 

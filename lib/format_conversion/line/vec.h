@@ -70,6 +70,7 @@ struct vec_pair
     QUILLO_INLINE friend vec sub_16(vec a, vec b) { return {prefix##_sub_epi16(a.v, b.v)}; }                             \
     QUILLO_INLINE friend vec add_32(vec a, vec b) { return {prefix##_add_epi32(a.v, b.v)}; }                             \
     QUILLO_INLINE friend vec sub_32(vec a, vec b) { return {prefix##_sub_epi32(a.v, b.v)}; }                             \
+    QUILLO_INLINE friend vec min_16(vec a, vec b) { return {prefix##_min_epi16(a.v, b.v)}; }                             \
     QUILLO_INLINE friend vec mul_low_16(vec a, vec b) { return {prefix##_mullo_epi16(a.v, b.v)}; }                       \
     QUILLO_INLINE friend vec mul_high_u16(vec a, vec b) { return {prefix##_mulhi_epu16(a.v, b.v)}; }                     \
     QUILLO_INLINE friend vec mul_high_16(vec a, vec b) { return {prefix##_mulhi_epi16(a.v, b.v)}; }                      \
@@ -146,6 +147,45 @@ struct vec<p, 1>
             _mm_storeu_si128(at, v);
     }
 
+    // Bytes 0..7 of each lane, as store_low_halves() leaves them; bytes 8..15 are anything.
+    QUILLO_INLINE static vec load_low_halves(unsigned char const* from)
+    {
+        return {_mm_loadl_epi64(static_cast<__m128i const*>(static_cast<void const*>(from)))};
+    }
+
+    // a: bytes 0..15 of each lane's 32, 48 or 64, b: bytes 16..31, and so on.
+    template <bool aligned, bool streaming>
+    QUILLO_INLINE static void store_pairs(unsigned char* to, vec a, vec b)
+    {
+        a.store<aligned, streaming>(to);
+        b.store<aligned, streaming>(to + 16);
+    }
+    template <bool aligned, bool streaming>
+    QUILLO_INLINE static void store_triples(unsigned char* to, vec a, vec b, vec c)
+    {
+        store_pairs<aligned, streaming>(to, a, b);
+        c.store<aligned, streaming>(to + 32);
+    }
+    template <bool aligned, bool streaming>
+    QUILLO_INLINE static void store_quads(unsigned char* to, vec a, vec b, vec c, vec d)
+    {
+        store_pairs<aligned, streaming>(to, a, b);
+        store_pairs<aligned, streaming>(to + 32, c, d);
+    }
+
+    // Bytes 0..11 of every lane of a, then of b, c and d. Bytes 12..15 must be 0.
+    template <bool aligned, bool streaming>
+    QUILLO_INLINE static void store_twelves(unsigned char* to, vec a, vec b, vec c, vec d)
+    {
+        vec const first{_mm_or_si128(a.v, _mm_slli_si128(b.v, 12))};
+        vec const second{_mm_or_si128(_mm_srli_si128(b.v, 4), _mm_slli_si128(c.v, 8))};
+        vec const third{_mm_or_si128(_mm_srli_si128(c.v, 8), _mm_slli_si128(d.v, 4))};
+        store_triples<aligned, streaming>(to, first, second, third);
+    }
+
+    // As pack_u8, over the whole vectors: all of a, then all of b.
+    QUILLO_INLINE friend vec pack_all_u8(vec a, vec b) { return pack_u8(a, b); }
+
     // Bytes 0..7 of each lane, one lane after the other.
     template <bool streaming>
     QUILLO_INLINE void store_low_halves(unsigned char* to) const
@@ -211,6 +251,52 @@ struct vec<p, 2>
         }
     }
 
+    QUILLO_INLINE static vec load_low_halves(unsigned char const* from)
+    {
+        __m256i const halves = _mm256_castsi128_si256(vec<p, 1>::template load<false>(from).v);
+        return {_mm256_permute4x64_epi64(halves, 0x10)}; // 0 . 1 .
+    }
+
+    template <bool aligned, bool streaming>
+    QUILLO_INLINE static void store_pairs(unsigned char* to, vec a, vec b)
+    {
+        choose<0, 2>(a, b).template store<aligned, streaming>(to);
+        choose<1, 3>(a, b).template store<aligned, streaming>(to + 32);
+    }
+    template <bool aligned, bool streaming>
+    QUILLO_INLINE static void store_triples(unsigned char* to, vec a, vec b, vec c)
+    {
+        choose<0, 2>(a, b).template store<aligned, streaming>(to);
+        choose<0, 3>(c, a).template store<aligned, streaming>(to + 32);
+        choose<1, 3>(b, c).template store<aligned, streaming>(to + 64);
+    }
+    template <bool aligned, bool streaming>
+    QUILLO_INLINE static void store_quads(unsigned char* to, vec a, vec b, vec c, vec d)
+    {
+        choose<0, 2>(a, b).template store<aligned, streaming>(to);
+        choose<0, 2>(c, d).template store<aligned, streaming>(to + 32);
+        choose<1, 3>(a, b).template store<aligned, streaming>(to + 64);
+        choose<1, 3>(c, d).template store<aligned, streaming>(to + 96);
+    }
+
+    template <bool aligned, bool streaming>
+    QUILLO_INLINE static void store_twelves(unsigned char* to, vec a, vec b, vec c, vec d)
+    {
+        // Six words a vector: each is turned so that it continues where the one before it ends.
+        vec const a_0{_mm256_permutevar8x32_epi32(a.v, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 6, 6))};
+        vec const b_6{_mm256_permutevar8x32_epi32(b.v, _mm256_setr_epi32(2, 4, 5, 6, 6, 6, 0, 1))};
+        vec const c_4{_mm256_permutevar8x32_epi32(c.v, _mm256_setr_epi32(5, 6, 6, 6, 0, 1, 2, 4))};
+        vec const d_2{_mm256_permutevar8x32_epi32(d.v, _mm256_setr_epi32(0, 0, 0, 1, 2, 4, 5, 6))};
+        vec{_mm256_blend_epi32(a_0.v, b_6.v, 0xC0)}.store<aligned, streaming>(to);
+        vec{_mm256_blend_epi32(b_6.v, c_4.v, 0xF0)}.store<aligned, streaming>(to + 32);
+        vec{_mm256_blend_epi32(c_4.v, d_2.v, 0xFC)}.store<aligned, streaming>(to + 64);
+    }
+
+    QUILLO_INLINE friend vec pack_all_u8(vec a, vec b)
+    {
+        return {_mm256_permute4x64_epi64(pack_u8(a, b).v, 0xD8)}; // 0 2 1 3
+    }
+
     template <bool streaming>
     QUILLO_INLINE void store_low_halves(unsigned char* to) const
     {
@@ -226,6 +312,13 @@ struct vec<p, 2>
     QUILLO_INLINE static vec join(vec<p, 1> low, vec<p, 1> high)
     {
         return {_mm256_inserti128_si256(_mm256_castsi128_si256(low.v), high.v, 1)};
+    }
+
+    // Lanes 0 and 1 are a's, 2 and 3 b's.
+    template <int low, int high>
+    QUILLO_INLINE static vec choose(vec a, vec b)
+    {
+        return {_mm256_permute2x128_si256(a.v, b.v, high << 4 | low)};
     }
 };
 #endif
@@ -274,6 +367,54 @@ struct vec<p, 4>
         }
     }
 
+    QUILLO_INLINE static vec load_low_halves(unsigned char const* from)
+    {
+        __m512i const halves = _mm512_castsi256_si512(vec<p, 2>::template load<false>(from).v);
+        return {_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 0, 1, 0, 2, 0, 3, 0), halves)};
+    }
+
+    template <bool aligned, bool streaming>
+    QUILLO_INLINE static void store_pairs(unsigned char* to, vec a, vec b)
+    {
+        choose<0, 4, 1, 5>(a, b).template store<aligned, streaming>(to);
+        choose<2, 6, 3, 7>(a, b).template store<aligned, streaming>(to + 64);
+    }
+    template <bool aligned, bool streaming>
+    QUILLO_INLINE static void store_triples(unsigned char* to, vec a, vec b, vec c)
+    {
+        vec const c_a = choose<0, 5, 2, 7>(c, a);   // c0 a1 c2 a3
+        vec const b_c_b = choose<1, 5, 2, 2>(b, c); // b1 c1 b2 .
+        choose<0, 1, 4, 5>(choose<0, 4, 0, 0>(a, b), c_a).template store<aligned, streaming>(to);
+        choose<0, 1, 6, 2>(b_c_b, a).template store<aligned, streaming>(to + 64);
+        choose<2, 3, 4, 5>(c_a, choose<3, 7, 3, 3>(b, c)).template store<aligned, streaming>(to + 128);
+    }
+    template <bool aligned, bool streaming>
+    QUILLO_INLINE static void store_quads(unsigned char* to, vec a, vec b, vec c, vec d)
+    {
+        vec const ab_01 = choose<0, 4, 1, 5>(a, b), ab_23 = choose<2, 6, 3, 7>(a, b);
+        vec const cd_01 = choose<0, 4, 1, 5>(c, d), cd_23 = choose<2, 6, 3, 7>(c, d);
+        choose<0, 1, 4, 5>(ab_01, cd_01).template store<aligned, streaming>(to);
+        choose<2, 3, 6, 7>(ab_01, cd_01).template store<aligned, streaming>(to + 64);
+        choose<0, 1, 4, 5>(ab_23, cd_23).template store<aligned, streaming>(to + 128);
+        choose<2, 3, 6, 7>(ab_23, cd_23).template store<aligned, streaming>(to + 192);
+    }
+
+    template <bool aligned, bool streaming>
+    QUILLO_INLINE static void store_twelves(unsigned char* to, vec a, vec b, vec c, vec d)
+    {
+        __m512i const first = _mm512_setr_epi32(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 16, 17, 18, 20);
+        __m512i const second = _mm512_setr_epi32(5, 6, 8, 9, 10, 12, 13, 14, 16, 17, 18, 20, 21, 22, 24, 25);
+        __m512i const third = _mm512_setr_epi32(10, 12, 13, 14, 16, 17, 18, 20, 21, 22, 24, 25, 26, 28, 29, 30);
+        vec{_mm512_permutex2var_epi32(a.v, first, b.v)}.store<aligned, streaming>(to);
+        vec{_mm512_permutex2var_epi32(b.v, second, c.v)}.store<aligned, streaming>(to + 64);
+        vec{_mm512_permutex2var_epi32(c.v, third, d.v)}.store<aligned, streaming>(to + 128);
+    }
+
+    QUILLO_INLINE friend vec pack_all_u8(vec a, vec b)
+    {
+        return {_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), pack_u8(a, b).v)};
+    }
+
     template <bool streaming>
     QUILLO_INLINE void store_low_halves(unsigned char* to) const
     {
@@ -284,6 +425,15 @@ struct vec<p, 4>
     QUILLO_INLINE vec<p, 1> fold_and() const
     {
         return vec<p, 2>{_mm256_and_si256(_mm512_castsi512_si256(v), _mm512_extracti64x4_epi64(v, 1))}.fold_and();
+    }
+
+    // Lanes 0..3 are a's, 4..7 b's.
+    template <int l0, int l1, int l2, int l3>
+    QUILLO_INLINE static vec choose(vec a, vec b)
+    {
+        __m512i const halves = _mm512_setr_epi64(l0 * 2, l0 * 2 + 1, l1 * 2, l1 * 2 + 1, //
+                                                 l2 * 2, l2 * 2 + 1, l3 * 2, l3 * 2 + 1);
+        return {_mm512_permutex2var_epi64(a.v, halves, b.v)};
     }
 };
 #endif

@@ -1,0 +1,16 @@
+// The upper bytes of 16-bit alphas.
+#pragma once
+
+#include "lib/format_conversion/detail/processor.h"
+#include "lib/format_conversion/line/access.h"
+
+namespace Processing::FXlib::format_conversion::line {
+
+struct narrow_alpha
+{
+    static constexpr auto widest = detail::processor::avx2;
+    template <detail::processor p, bool src_aligned, bool dst_aligned>
+    static void run(unsigned short const* src, unsigned char* dst, int count, access how);
+};
+
+} // namespace Processing::FXlib::format_conversion::line
