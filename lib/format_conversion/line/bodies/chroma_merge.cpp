@@ -13,8 +13,8 @@ QUILLO_INLINE inline std::ptrdiff_t merge(unsigned char const* u, unsigned char 
                                           Store const& store)
 {
     return blocks<p, 32>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        prefetch<p>(u + at / 2 + how.ahead);
-        prefetch<p>(v + at / 2 + how.ahead);
+        prefetch<p, 16 * V::lanes>(u + at / 2 + how.ahead);
+        prefetch<p, 16 * V::lanes>(v + at / 2 + how.ahead);
         auto const cb = V::template load<src_aligned>(u + at / 2), cr = V::template load<src_aligned>(v + at / 2);
         store.template operator()<V, streaming>(at, zip_low_8(cb, cr), zip_high_8(cb, cr));
     });
@@ -54,7 +54,7 @@ template <processor p, bool src_aligned, bool dst_aligned>
 void copy_chroma_twice::run(unsigned char const* uv, unsigned char* to, unsigned char* below, int count, access how)
 {
     auto i = blocks<p, 16>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        prefetch<p>(uv + at + how.ahead);
+        prefetch<p, 16 * V::lanes>(uv + at + how.ahead);
         auto const line = V::template load<src_aligned>(uv + at);
         line.template store<dst_aligned, streaming>(to + at);
         line.template store<dst_aligned, streaming>(below + at);

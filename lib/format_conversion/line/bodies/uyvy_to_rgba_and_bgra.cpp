@@ -13,7 +13,7 @@ namespace {
 struct always_255
 {
     template <class V>
-    QUILLO_INLINE V words(std::ptrdiff_t) const
+    QUILLO_INLINE V words(std::ptrdiff_t, std::ptrdiff_t) const
     {
         static constexpr lane<unsigned short> opaque{255};
         return V::repeat(opaque);
@@ -21,13 +21,15 @@ struct always_255
     unsigned char operator[](std::ptrdiff_t) const { return 255; }
 };
 
+template <processor p>
 struct alpha_plane
 {
     unsigned char const* first;
 
     template <class V>
-    QUILLO_INLINE V words(std::ptrdiff_t at) const
+    QUILLO_INLINE V words(std::ptrdiff_t at, std::ptrdiff_t ahead) const
     {
+        prefetch<p, 8 * V::lanes>(first + at + ahead);
         return zip_low_8(V::load_low_halves(first + at), V::zero());
     }
     unsigned char operator[](std::ptrdiff_t at) const { return first[at]; }
@@ -39,11 +41,11 @@ QUILLO_INLINE inline void four_bytes(unsigned char const* src, Alpha alpha, unsi
     auto const in_order = [](auto r, auto b) { return order == rgba_order ? std::pair{r, b} : std::pair{b, r}; };
 
     auto i = blocks<p, 8>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        prefetch<p>(src + at * 2 + how.ahead);
+        prefetch<p, 16 * V::lanes>(src + at * 2 + how.ahead);
         auto const [r, g, b] = rgb_64<matrix>(V::template load<src_aligned>(src + at * 2));
         auto const [first, third] = in_order(r, b);
         auto const first_third = pack_u8(first, third);
-        auto const g_a = pack_u8(g, alpha.template words<V>(at));
+        auto const g_a = pack_u8(g, alpha.template words<V>(at, how.ahead / 2));
         auto const low = zip_low_8(first_third, g_a), high = zip_high_8(first_third, g_a); // B G B G .. | R A R A ..
         V::template store_pairs<dst_aligned, streaming>(dst + at * 4, zip_low_16(low, high), zip_high_16(low, high));
     });
@@ -69,7 +71,7 @@ template <processor p, bool src_aligned, bool dst_aligned, bool matrix, bool ord
 void uyvy_a_to_four_bytes::run(unsigned char const* src, unsigned char const* alpha, unsigned char* dst, int count,
                                access how)
 {
-    four_bytes<p, src_aligned, dst_aligned, matrix, order>(src, alpha_plane{alpha}, dst, count, how);
+    four_bytes<p, src_aligned, dst_aligned, matrix, order>(src, alpha_plane<p>{alpha}, dst, count, how);
 }
 
 // clang-format off
