@@ -1,0 +1,71 @@
+// One elementary stream of an input, decoded a little ahead.
+#pragma once
+
+#include "tools/stand_in_host/media/gst_ptr.h"
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace quillo::stand_in {
+
+// Sound and picture are read by two of these, each with a pipeline of its own: either can wait or search without
+// holding up the other. Throws input_error where the input fails.
+class stream_reader
+{
+  public:
+    enum class kind { video, audio };
+
+    using nanoseconds = std::chrono::nanoseconds;
+
+    // Opens a URI and decodes the first buffer. name is what the user called the input.
+    stream_reader(std::string const& uri, std::string const& name, kind wanted);
+    stream_reader(stream_reader const&) = delete;
+    stream_reader& operator=(stream_reader const&) = delete;
+
+    // False where the input has no such stream; nothing else may be called then.
+    bool exists() const { return first != nullptr; }
+
+    // What the decoder gives, known from the first buffer on.
+    GstCaps* caps() const;
+
+    // The next buffer; null at the end of the stream.
+    gst_ptr<GstSample> next();
+
+    // The buffer that next would give, kept.
+    GstSample* peek();
+
+    // The next buffer is the first one that lasts beyond the given time. False where the input cannot be searched.
+    bool seek(nanoseconds position);
+
+    std::optional<nanoseconds> duration() const;
+
+  private:
+    struct callbacks;
+
+    // No streaming thread runs any more once a pipeline is stopped.
+    struct stop_and_release
+    {
+        void operator()(GstElement* running) const;
+    };
+
+    gst_ptr<GstSample> pull();
+    void check_bus();
+    void link(GstPad* pad);
+    [[noreturn]] void fail(GstMessage* error_message);
+
+    std::string name;
+    kind wanted;
+    gst_ptr<GstElement> sink;
+    std::unique_ptr<GstElement, stop_and_release> pipeline; // behind all that its threads use
+    gst_ptr<GstBus> bus;
+    gst_ptr<GstSample> first; // kept for its caps
+    gst_ptr<GstSample> held;
+    std::string missing_decoder;
+    bool absent = false;
+};
+
+// When a sample begins on its stream's own time line; may be negative.
+std::chrono::nanoseconds stream_time(GstSample* sample);
+
+} // namespace quillo::stand_in
