@@ -52,7 +52,7 @@ void add_copies(rows& t)
     plain("bgr_601::bgr_601", bgr_in, bgr_out, 4, invoke<fc::bgr_601::bgr_601>);
     plain("bgr_709::bgr_709", bgr_in, bgr_out, 4, invoke<fc::bgr_709::bgr_709>);
     plain("y::y", in(1), out(1), 1, invoke<fc::y::y>);
-    plain("uyvy::uyvy", in(2), out(2), 2, nullptr);
+    plain("uyvy::uyvy", in(2), out(2), 2, invoke<fc::uyvy::uyvy>);
 }
 
 void add_ycbcr444_to_uyvy(rows& t)
@@ -171,30 +171,30 @@ void add_uyvy_to_rgb(rows& t)
                          uyvy_to_rgba(c, chosen(c), order);
                      }});
     };
-    to_rgba("uyvy::bgra", nullptr, only_601, bgra, color_space);
-    to_rgba("uyvy::bgra_601", nullptr, always_601, bgra);
-    to_rgba("uyvy::bgra_709", nullptr, always_709, bgra);
-    to_rgba("uyvy::rgba", nullptr, only_601, rgba, color_space);
-    to_rgba("uyvy::rgba_601", nullptr, always_601, rgba);
-    to_rgba("uyvy::rgba_709", nullptr, always_709, rgba);
-    to_rgba("uyvy::bgrx", nullptr, only_601, bgra, color_space);
-    to_rgba("uyvy::bgrx_601", nullptr, always_601, bgra);
-    to_rgba("uyvy::bgrx_709", nullptr, always_709, bgra);
-    to_rgba("uyvy::rgbx", nullptr, only_601, rgba, color_space);
-    to_rgba("uyvy::rgbx_601", nullptr, always_601, rgba);
-    to_rgba("uyvy::rgbx_709", nullptr, always_709, rgba);
+    to_rgba("uyvy::bgra", invoke<fc::uyvy::bgra>, only_601, bgra, color_space);
+    to_rgba("uyvy::bgra_601", invoke<fc::uyvy::bgra_601>, always_601, bgra);
+    to_rgba("uyvy::bgra_709", invoke<fc::uyvy::bgra_709>, always_709, bgra);
+    to_rgba("uyvy::rgba", invoke<fc::uyvy::rgba>, only_601, rgba, color_space);
+    to_rgba("uyvy::rgba_601", invoke<fc::uyvy::rgba_601>, always_601, rgba);
+    to_rgba("uyvy::rgba_709", invoke<fc::uyvy::rgba_709>, always_709, rgba);
+    to_rgba("uyvy::bgrx", invoke<fc::uyvy::bgrx>, only_601, bgra, color_space);
+    to_rgba("uyvy::bgrx_601", invoke<fc::uyvy::bgrx_601>, always_601, bgra);
+    to_rgba("uyvy::bgrx_709", invoke<fc::uyvy::bgrx_709>, always_709, bgra);
+    to_rgba("uyvy::rgbx", invoke<fc::uyvy::rgbx>, only_601, rgba, color_space);
+    to_rgba("uyvy::rgbx_601", invoke<fc::uyvy::rgbx_601>, always_601, rgba);
+    to_rgba("uyvy::rgbx_709", invoke<fc::uyvy::rgbx_709>, always_709, rgba);
 
     auto with_alpha = [&](char const* name, library f, auto chosen, rgb_order order, last_argument last = none) {
         t.push_back({name, {in(2, whole_pairs), in(1, whole_pairs), out(4, whole_pairs)}, last, f, [=](call const& c) {
                          uyvy_a_to_rgba(c, chosen(c), order);
                      }});
     };
-    with_alpha("uyvy_a::bgra", nullptr, only_601, bgra, color_space);
-    with_alpha("uyvy_a::bgra_601", nullptr, always_601, bgra);
-    with_alpha("uyvy_a::bgra_709", nullptr, always_709, bgra);
-    with_alpha("uyvy_a::rgba", nullptr, only_601, rgba, color_space);
-    with_alpha("uyvy_a::rgba_601", nullptr, always_601, rgba);
-    with_alpha("uyvy_a::rgba_709", nullptr, always_709, rgba);
+    with_alpha("uyvy_a::bgra", invoke<fc::uyvy_a::bgra>, only_601, bgra, color_space);
+    with_alpha("uyvy_a::bgra_601", invoke<fc::uyvy_a::bgra_601>, always_601, bgra);
+    with_alpha("uyvy_a::bgra_709", invoke<fc::uyvy_a::bgra_709>, always_709, bgra);
+    with_alpha("uyvy_a::rgba", invoke<fc::uyvy_a::rgba>, only_601, rgba, color_space);
+    with_alpha("uyvy_a::rgba_601", invoke<fc::uyvy_a::rgba_601>, always_601, rgba);
+    with_alpha("uyvy_a::rgba_709", invoke<fc::uyvy_a::rgba_709>, always_709, rgba);
 
     auto to_bgr = [&](char const* name, library f, auto chosen, last_argument last = none) {
         t.push_back(
@@ -202,9 +202,9 @@ void add_uyvy_to_rgb(rows& t)
                  uyvy_to_bgr(c, chosen(c));
              }});
     };
-    to_bgr("uyvy::bgr", nullptr, only_601, color_space);
-    to_bgr("uyvy::bgr_601", nullptr, always_601);
-    to_bgr("uyvy::bgr_709", nullptr, always_709);
+    to_bgr("uyvy::bgr", invoke<fc::uyvy::bgr>, only_601, color_space);
+    to_bgr("uyvy::bgr_601", invoke<fc::uyvy::bgr_601>, always_601);
+    to_bgr("uyvy::bgr_709", invoke<fc::uyvy::bgr_709>, always_709);
 
     auto to_r_g_b = [&](char const* name, library f, auto chosen, last_argument last = none) {
         t.push_back({name,
@@ -214,9 +214,9 @@ void add_uyvy_to_rgb(rows& t)
                      [=](call const& c) { uyvy_to_r_g_b(c, chosen(c)); }});
         t.back().outputs_share_stride = true;
     };
-    to_r_g_b("uyvy::r_g_b", nullptr, only_709, color_space);
-    to_r_g_b("uyvy::r_g_b_601", nullptr, always_601);
-    to_r_g_b("uyvy::r_g_b_709", nullptr, always_709);
+    to_r_g_b("uyvy::r_g_b", invoke<fc::uyvy::r_g_b>, only_709, color_space);
+    to_r_g_b("uyvy::r_g_b_601", invoke<fc::uyvy::r_g_b_601>, always_601);
+    to_r_g_b("uyvy::r_g_b_709", invoke<fc::uyvy::r_g_b_709>, always_709);
 }
 
 void add_repacking(rows& t)
@@ -231,42 +231,44 @@ void add_repacking(rows& t)
     auto doubled = [](plane_shape shape) { return with_lines(shape, line_rule::even_half_rounded_down); };
     plane_shape const uyvy = in(2, whole_last_pair);
 
-    add("y_uv::y_uv", {in(1), half_lines(in(1, whole_pairs)), out(1), half_lines(out(1, whole_pairs))}, nullptr,
-        y_uv_copy);
-    add("y_uv::y_uv_to422", {in(1), half_lines(in(1)), out(1), doubled(out(1))}, nullptr, y_uv_to422);
+    add("y_uv::y_uv", {in(1), half_lines(in(1, whole_pairs)), out(1), half_lines(out(1, whole_pairs))},
+        invoke<fc::y_uv::y_uv>, y_uv_copy);
+    add("y_uv::y_uv_to422", {in(1), half_lines(in(1)), out(1), doubled(out(1))}, invoke<fc::y_uv::y_uv_to422>,
+        y_uv_to422);
     add("y_u_v::y_uv",
-        {in(1), half_lines(in(1, half)), half_lines(in(1, half)), out(1), half_lines(out(1, whole_pairs))}, nullptr,
-        y_u_v_to_y_uv);
+        {in(1), half_lines(in(1, half)), half_lines(in(1, half)), out(1), half_lines(out(1, whole_pairs))},
+        invoke<fc::y_u_v::y_uv>, y_u_v_to_y_uv);
     add("y_u_v::y_uv_to422",
-        {in(1), half_lines(in(1, half)), half_lines(in(1, half)), out(1), doubled(out(1, whole_pairs))}, nullptr,
-        y_u_v_to_y_uv_to422);
-    add("uyvy::yuy2", {in(2), out(2)}, nullptr, swap_bytes);
-    add("yuy2::uyvy", {in(2), out(2)}, nullptr, swap_bytes);
-    add("uyvy::y_uv_422", {uyvy, out(1), out(1)}, nullptr, split_y_uv_422);
-    add("uyvy::y_uv_420", {uyvy, out(1), even_lines(out(1))}, nullptr, split_y_uv_420);
-    add("uyvy::y_u_v_422", {uyvy, out(1), out(1, half), out(1, half)}, nullptr, split_y_u_v_422);
-    add("uyvy::y_u_v_420", {uyvy, out(1), even_lines(out(1, half)), even_lines(out(1, half))}, nullptr,
-        split_y_u_v_420);
-    add("uyvy::y", {uyvy, out(1)}, nullptr, luma, last_argument::expand);
-    add("y::uyvy", {in(1), out(2)}, nullptr, luma_to_uyvy, last_argument::compress);
-    add("uyvy::ycbcrx", {uyvy, out(4)}, nullptr, uyvy_to_ycbcrx);
-    add("uyvy::ya_uv", {uyvy, uyvy, out(2), out(1)}, nullptr, key_to_ya_uv, last_argument::expand);
-    add("uyvy_a::ya_uv", {uyvy, in(1), out(2), out(1)}, nullptr, alpha_to_ya_uv);
-    add("uyvy_a::uyvy", {uyvy, in(1, whole_last_pair), out(2, whole_last_pair)}, nullptr, composite_over_black);
-    add("uyvy_a::ycbcra", {uyvy, in(1), out(4)}, nullptr, uyvy_a_to_ycbcra);
-    add("uyvy_a::crcbya", {uyvy, in(1), out(4)}, nullptr, uyvy_a_to_crcbya);
+        {in(1), half_lines(in(1, half)), half_lines(in(1, half)), out(1), doubled(out(1, whole_pairs))},
+        invoke<fc::y_u_v::y_uv_to422>, y_u_v_to_y_uv_to422);
+    add("uyvy::yuy2", {in(2), out(2)}, invoke<fc::uyvy::yuy2>, swap_bytes);
+    add("yuy2::uyvy", {in(2), out(2)}, invoke<fc::yuy2::uyvy>, swap_bytes);
+    add("uyvy::y_uv_422", {uyvy, out(1), out(1)}, invoke<fc::uyvy::y_uv_422>, split_y_uv_422);
+    add("uyvy::y_uv_420", {uyvy, out(1), even_lines(out(1))}, invoke<fc::uyvy::y_uv_420>, split_y_uv_420);
+    add("uyvy::y_u_v_422", {uyvy, out(1), out(1, half), out(1, half)}, invoke<fc::uyvy::y_u_v_422>, split_y_u_v_422);
+    add("uyvy::y_u_v_420", {uyvy, out(1), even_lines(out(1, half)), even_lines(out(1, half))},
+        invoke<fc::uyvy::y_u_v_420>, split_y_u_v_420);
+    add("uyvy::y", {uyvy, out(1)}, invoke<fc::uyvy::y>, luma, last_argument::expand);
+    add("y::uyvy", {in(1), out(2)}, invoke<fc::y::uyvy>, luma_to_uyvy, last_argument::compress);
+    add("uyvy::ycbcrx", {uyvy, out(4)}, invoke<fc::uyvy::ycbcrx>, uyvy_to_ycbcrx);
+    add("uyvy::ya_uv", {uyvy, uyvy, out(2), out(1)}, invoke<fc::uyvy::ya_uv>, key_to_ya_uv, last_argument::expand);
+    add("uyvy_a::ya_uv", {uyvy, in(1), out(2), out(1)}, invoke<fc::uyvy_a::ya_uv>, alpha_to_ya_uv);
+    add("uyvy_a::uyvy", {uyvy, in(1, whole_last_pair), out(2, whole_last_pair)}, invoke<fc::uyvy_a::uyvy>,
+        composite_over_black);
+    add("uyvy_a::ycbcra", {uyvy, in(1), out(4)}, invoke<fc::uyvy_a::ycbcra>, uyvy_a_to_ycbcra);
+    add("uyvy_a::crcbya", {uyvy, in(1), out(4)}, invoke<fc::uyvy_a::crcbya>, uyvy_a_to_crcbya);
 }
 
 void add_deep_and_special(rows& t)
 {
     using last_argument::none;
     plane_shape const words = of_16_bit_samples(in(2));
-    t.push_back({"black::uyvy", {out(2, doubled_tail)}, none, nullptr, black_uyvy});
-    t.push_back({"black::alpha", {out(1)}, last_argument::value, nullptr, black_alpha});
-    t.push_back({"v210::uyvy", {in(0, v210_groups), out(2, v210_pixels)}, none, nullptr, v210_to_uyvy});
-    t.push_back({"p216::uyvy", {words, joining_at(words, 4), out(2)}, none, nullptr, p216_to_uyvy});
-    t.push_back({"alpha_u16::alpha", {words, out(1)}, none, nullptr, alpha_u16_to_alpha});
-    t.push_back({"L::bgra", {in(1), out(4)}, none, nullptr, grey_to_bgra});
+    t.push_back({"black::uyvy", {out(2, doubled_tail)}, none, invoke<fc::black::uyvy>, black_uyvy});
+    t.push_back({"black::alpha", {out(1)}, last_argument::value, invoke<fc::black::alpha>, black_alpha});
+    t.push_back({"v210::uyvy", {in(0, v210_groups), out(2, v210_pixels)}, none, invoke<fc::v210::uyvy>, v210_to_uyvy});
+    t.push_back({"p216::uyvy", {words, joining_at(words, 4), out(2)}, none, invoke<fc::p216::uyvy>, p216_to_uyvy});
+    t.push_back({"alpha_u16::alpha", {words, out(1)}, none, invoke<fc::alpha_u16::alpha>, alpha_u16_to_alpha});
+    t.push_back({"L::bgra", {in(1), out(4)}, none, invoke<fc::L::bgra>, grey_to_bgra});
 }
 
 void add_plugin_converters(rows& t)

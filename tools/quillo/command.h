@@ -20,6 +20,7 @@ enum exit_code : int
     exit_interrupted = 130 // ended by Ctrl-C before its job was done
 };
 
+void add_convert(CLI::App& app, int& exit_code);
 void add_play(CLI::App& app, int& exit_code);
 void add_serve(CLI::App& app, int& exit_code);
 void add_list(CLI::App& app, int& exit_code);

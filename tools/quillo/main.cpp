@@ -13,6 +13,7 @@ int main(int argc, char** argv)
                "4 no video in the input, 5 plug-in module cannot be loaded, 6 nobody answers, 130 interrupted.");
 
     int exit_code = quillo::exit_ok;
+    quillo::add_convert(app, exit_code);
     quillo::add_play(app, exit_code);
     quillo::add_serve(app, exit_code);
 
