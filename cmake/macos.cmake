@@ -45,7 +45,7 @@ set(CMAKE_C_FLAGS_INIT "-nostdlibinc -isystem ${macos_source}/include")
 set(CMAKE_CXX_FLAGS_INIT "-nostdlibinc -isystem ${macos_libcxx}/config -isystem ${macos_libcxx}/v1 -isystem ${macos_source}/include")
 foreach(kind EXE SHARED MODULE)
   set(CMAKE_${kind}_LINKER_FLAGS_INIT "-Wno-unused-command-line-argument --ld-path=${MACOS_LD} -nostdlib \
-${macos_source}/stubs/libc++.1.tbd ${macos_source}/stubs/libSystem.B.tbd \
+-F${macos_source}/stubs ${macos_source}/stubs/libc++.1.tbd ${macos_source}/stubs/libSystem.B.tbd \
 -Wl,-platform_version,macos,${macos_minimum},14.0 -Wl,-adhoc_codesign")
 endforeach()
 

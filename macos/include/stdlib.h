@@ -76,4 +76,7 @@ char* getenv(char const*);
 int setenv(char const*, char const*, int);
 int unsetenv(char const*);
 int system(char const*);
+
+// This variant resolves into a buffer that it allocates when given none.
+char* realpath(char const*, char*) __asm("_realpath$DARWIN_EXTSN");
 __END_DECLS

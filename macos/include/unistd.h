@@ -27,6 +27,7 @@ pid_t fork(void);
 int ftruncate(int, off_t);
 char* getcwd(char*, size_t);
 gid_t getgid(void);
+int getpeereid(int, uid_t*, gid_t*);
 pid_t getpid(void);
 pid_t getppid(void);
 uid_t geteuid(void);

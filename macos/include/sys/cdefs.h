@@ -12,7 +12,7 @@
 
 // 64-bit inodes: the names that carry a mark on x86-64 and none on arm64.
 #ifdef __x86_64__
-#define __QUILLO_INODE64(name) __asm("_" name "$INODE64")
+#define __QUILLO_INODE64(name) __asm("_" #name "$INODE64")
 #else
-#define __QUILLO_INODE64(name)
+#define __QUILLO_INODE64(name) __asm("_" #name)
 #endif
