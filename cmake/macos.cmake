@@ -17,12 +17,17 @@ endif()
 
 if(MACOS_ARCH STREQUAL "arm64")
   set(macos_minimum 11.0)
+  # SIMDe in a folder of its own: the rest of the host's headers must stay out of sight.
+  set(macos_simde ${macos_libcxx}/simde)
+  file(MAKE_DIRECTORY ${macos_simde})
+  file(CREATE_LINK /usr/include/simde ${macos_simde}/simde SYMBOLIC)
 else()
   set(macos_minimum 10.15)
 endif()
 set(CMAKE_OSX_DEPLOYMENT_TARGET ${macos_minimum} CACHE STRING "" FORCE)
 set(CMAKE_OSX_ARCHITECTURES "" CACHE STRING "" FORCE)
 set(CMAKE_OSX_SYSROOT "" CACHE STRING "" FORCE)
+set(CMAKE_USER_MAKE_RULES_OVERRIDE ${CMAKE_CURRENT_LIST_DIR}/macos_run_paths.cmake)
 set(CMAKE_HAVE_LIBC_PTHREAD TRUE CACHE INTERNAL "") # the C library has the threads; there is nothing to probe
 
 find_program(CMAKE_C_COMPILER clang-${MACOS_LLVM} REQUIRED)
@@ -43,6 +48,9 @@ unset(ENV{LDFLAGS})
 unset(ENV{LIBRARY_PATH})
 set(CMAKE_C_FLAGS_INIT "-nostdlibinc -isystem ${macos_source}/include")
 set(CMAKE_CXX_FLAGS_INIT "-nostdlibinc -isystem ${macos_libcxx}/config -isystem ${macos_libcxx}/v1 -isystem ${macos_source}/include")
+if(macos_simde)
+  string(APPEND CMAKE_CXX_FLAGS_INIT " -isystem ${macos_simde}")
+endif()
 foreach(kind EXE SHARED MODULE)
   set(CMAKE_${kind}_LINKER_FLAGS_INIT "-Wno-unused-command-line-argument --ld-path=${MACOS_LD} -nostdlib \
 -F${macos_source}/stubs ${macos_source}/stubs/libc++.1.tbd ${macos_source}/stubs/libSystem.B.tbd \
@@ -54,3 +62,6 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+
+# Part of the compiler on a Mac.
+set(QUILLO_COMPILER_RUNTIME ${macos_source}/cpu_model.cpp)

@@ -18,7 +18,8 @@ if(QUILLO_WERROR)
   add_compile_options(-Werror)
 endif()
 if(APPLE)
-  add_compile_options("SHELL:-Xarch_x86_64 -march=core2") # Apple's compilers take SSE4.1 for granted otherwise
+  # Apple's compilers take SSE4.1 for granted otherwise.
+  add_compile_options("SHELL:-Xarch_x86_64 -march=core2" -Wno-unused-command-line-argument)
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
   # The oldest processor that the product supports; wider kernels are chosen at run time.
   add_compile_options(-mssse3)

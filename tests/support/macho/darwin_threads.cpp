@@ -95,10 +95,59 @@ int get_time(int darwin_clock, timespec* time)
 void stack_smashed() { std::abort(); }
 std::uintptr_t stack_guard = 0x5A5A'0A00'D00F'1234;
 
-template <class F>
-adapter adapt(std::string_view name, F* function)
+// What stands behind the image's std::promise<void> and std::future<void>: the image itself looks at the lock, the
+// condition and the state, at the places that Darwin's larger locks give them.
+struct shared_state
 {
-    return {name, reinterpret_cast<void*>(function)};
+    void* virtual_table;
+    long owners;
+    void* exception;
+    darwin_mutex mutex;
+    darwin_condition condition;
+    unsigned state;
+};
+constexpr unsigned state_constructed = 1;
+constexpr unsigned state_ready = 4;
+
+void release(shared_state* state)
+{
+    if (state != nullptr && __atomic_sub_fetch(&state->owners, 1, __ATOMIC_ACQ_REL) == 0) {
+        condition_destroy(&state->condition);
+        mutex_destroy(&state->mutex);
+        delete state;
+    }
+}
+
+void make_ready(shared_state* state)
+{
+    mutex_lock(&state->mutex);
+    state->state |= state_constructed | state_ready;
+    condition_notify_all(&state->condition);
+    mutex_unlock(&state->mutex);
+}
+
+void make_promise(shared_state** promise)
+{
+    *promise = new shared_state{};
+    (*promise)->owners = 1;
+}
+void destroy_promise(shared_state** promise)
+{
+    if (*promise != nullptr && ((*promise)->state & state_ready) == 0)
+        make_ready(*promise);
+    release(*promise);
+}
+shared_state** future_of(shared_state** future, shared_state** promise)
+{
+    __atomic_add_fetch(&(*promise)->owners, 1, __ATOMIC_ACQ_REL);
+    *future = *promise;
+    return future;
+}
+void destroy_future(shared_state** future) { release(*future); }
+void keep_promise(shared_state** promise) { make_ready(*promise); }
+void keep_promise_badly(shared_state**, void*)
+{
+    std::abort(); // nobody here asks a future for its exception
 }
 
 } // namespace
@@ -118,6 +167,12 @@ std::span<adapter const> thread_adapters()
         adapt("__ZNSt3__118condition_variable10notify_oneEv", condition_notify_one),
         adapt("__ZNSt3__118condition_variable10notify_allEv", condition_notify_all),
         adapt("__ZNSt3__118condition_variableD1Ev", condition_destroy),
+        adapt("__ZNSt3__17promiseIvEC1Ev", make_promise),
+        adapt("__ZNSt3__17promiseIvED1Ev", destroy_promise),
+        adapt("__ZNSt3__17promiseIvE10get_futureEv", future_of),
+        adapt("__ZNSt3__17promiseIvE9set_valueEv", keep_promise),
+        adapt("__ZNSt3__17promiseIvE13set_exceptionESt13exception_ptr", keep_promise_badly),
+        adapt("__ZNSt3__16futureIvED1Ev", destroy_future),
         adapt("_pthread_create", create_thread),
         adapt("_pthread_getspecific", get_specific),
         adapt("_pthread_setspecific", set_specific),

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <mutex>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -47,9 +48,21 @@ std::string_view fixed_text(char const (&text)[N])
     return {text, strnlen(text, N)};
 }
 
+std::mutex loaded_mutex;
+std::vector<image const*> loaded;
+
 } // namespace
 
-image::image(std::string const& path, resolver const& resolve)
+image const* image::around(void const* address)
+{
+    std::scoped_lock const lock(loaded_mutex);
+    for (image const* const each : loaded)
+        if (address >= each->base_ && address < each->base_ + each->mapped_size_)
+            return each;
+    return nullptr;
+}
+
+image::image(std::string const& path, resolver const& resolve) : path_(path)
 {
     std::ifstream in(path, std::ios::binary);
     if (!in)
@@ -69,6 +82,8 @@ image::image(std::string const& path, resolver const& resolve)
         if (section const* const records = find_section("__unwind_info"))
             unwind_->add(at(records->address), base_);
         run_initialisers();
+        std::scoped_lock const lock(loaded_mutex);
+        loaded.push_back(this);
     } catch (...) {
         unwind_.reset();
         munmap(base_, mapped_size_);
@@ -80,6 +95,10 @@ image::~image()
 {
     // The linker places the handle that exit handlers are registered with at the image's header.
     __cxa_finalize(base_);
+    {
+        std::scoped_lock const lock(loaded_mutex);
+        std::erase(loaded, this);
+    }
     unwind_.reset();
     munmap(base_, mapped_size_);
 }

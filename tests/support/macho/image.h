@@ -40,6 +40,11 @@ class image
 
     std::vector<std::string> const& libraries() const { return libraries_; }
 
+    std::string const& path() const { return path_; }
+
+    // The loaded image that an address lies in; null if none.
+    static image const* around(void const* address);
+
   private:
     struct mapped_segment
     {
@@ -59,6 +64,7 @@ class image
     unsigned char* in_segment(std::size_t index, std::uint64_t offset) const;
     unsigned char* at(std::uint64_t address) const { return base_ + (address - lowest_); }
 
+    std::string path_;
     std::vector<unsigned char> file_;
     bytes slice_;
     std::vector<mapped_segment> segments_;

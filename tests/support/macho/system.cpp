@@ -45,12 +45,6 @@ void no_lazy_binding()
     std::abort(); // everything was bound at load
 }
 
-template <class F>
-adapter adapt(std::string_view name, F* function)
-{
-    return {name, reinterpret_cast<void*>(function)};
-}
-
 } // namespace
 
 std::vector<std::string> take_system_commands()
@@ -64,7 +58,8 @@ void* system_symbol(std::string_view library, std::string_view symbol)
     std::array const own = {adapt("_system", recorded_system), adapt("dyld_stub_binder", no_lazy_binding),
                             adapt("___bzero", bzero), adapt("_memset_pattern16", set_pattern)};
     auto const named = [&](adapter const& each) { return each.symbol == symbol; };
-    for (std::span<adapter const> const table : {std::span<adapter const>(own), thread_adapters()})
+    for (std::span<adapter const> const table :
+         {std::span<adapter const>(own), thread_adapters(), file_adapters(), socket_adapters(), process_adapters()})
         if (auto const found = std::ranges::find_if(table, named); found != table.end())
             return found->target;
 
