@@ -16,6 +16,7 @@ int main(int argc, char** argv)
     quillo::add_convert(app, exit_code);
     quillo::add_play(app, exit_code);
     quillo::add_serve(app, exit_code);
+    quillo::add_list(app, exit_code);
 
     try {
         app.parse(argc, argv);
