@@ -2,6 +2,13 @@
 #pragma once
 
 #include "Plugins/Plugins.AdobeCC.Transmit/exported.h"
+#include "Plugins/Plugins.AdobeCC.Transmit/sdk_file/audio.h"
+#include "Plugins/Plugins.AdobeCC.Transmit/sdk_file/frame_rate.h"
+#include "Plugins/Plugins.AdobeCC.Transmit/sdk_file/header.h"
+#include "Plugins/Plugins.AdobeCC.Transmit/sdk_file/pixels.h"
+#include "Plugins/Plugins.AdobeCC.Transmit/sdk_file/scaling.h"
+#include "Plugins/Plugins.AdobeCC.Transmit/sdk_file/strings.h"
+#include "Plugins/Plugins.AdobeCC.Transmit/sdk_file/video.h"
 #include "host/adapter.h"
 
 // [host thread] On load fills the twelve functions of *outModule and leaves the rest of it alone; on unload does

@@ -22,6 +22,7 @@ enum exit_code : int
 
 void add_convert(CLI::App& app, int& exit_code);
 void add_play(CLI::App& app, int& exit_code);
+void add_sdkfile(CLI::App& app, int& exit_code);
 void add_serve(CLI::App& app, int& exit_code);
 void add_list(CLI::App& app, int& exit_code);
 

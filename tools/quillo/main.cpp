@@ -15,6 +15,7 @@ int main(int argc, char** argv)
     int exit_code = quillo::exit_ok;
     quillo::add_convert(app, exit_code);
     quillo::add_play(app, exit_code);
+    quillo::add_sdkfile(app, exit_code);
     quillo::add_serve(app, exit_code);
     quillo::add_list(app, exit_code);
 
