@@ -22,11 +22,11 @@ sweep_plan chosen_plan()
     std::string_view const wanted = given ? given : "quick";
     std::vector<int> const large{1918, 1919, 1920, 1921, 1922, 3840, 4096};
     if (wanted == "reduced")
-        return {from_to(0, 67), {0, 1, 2, 3}, {1920, 1921}, {2}, 1};
+        return {from_to(0, 67), {0, 1, 2, 3}, {1920, 1921}, {2}, 1, 0};
     if (wanted == "quick")
-        return {from_to(0, 130), from_to(-1, 5), large, {1, 2, 5}, 1};
+        return {from_to(0, 130), from_to(-1, 5), large, {1, 2, 5}, 2, 0};
     if (wanted == "full")
-        return {from_to(0, 130), from_to(-1, 5), large, from_to(-1, 5), 40};
+        return {from_to(0, 130), from_to(-1, 5), large, from_to(-1, 5), 40, 2};
     throw std::invalid_argument{"QUILLO_SWEEP is none of reduced, quick, full"};
 }
 

@@ -18,7 +18,8 @@ struct sweep_plan
     std::vector<int> heights;
     std::vector<int> large_widths; // with few heights
     std::vector<int> large_heights;
-    int rounds; // of everything, with other contents, offsets and places
+    int rounds;               // of everything, with other contents, offsets and places
+    int rounds_beyond_caches; // 0: one, for some of the rows
 };
 
 sweep_plan const& plan();

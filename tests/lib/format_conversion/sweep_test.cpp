@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
+
 namespace quillo::conversions {
 namespace {
 
@@ -46,6 +49,31 @@ TEST_P(Sweep, EqualsReferenceOnPictures)
                 for (stride_kind const kind : {stride_kind::joining, stride_kind::aligned, stride_kind::mixed})
                     if (!try_one(width, height, kind, any_content()))
                         return;
+}
+
+// Targets that do not fit the caches are stored past them. Rows take turns here, by the seed, unless all is swept.
+TEST_P(Sweep, EqualsReferenceBeyondTheCaches)
+{
+    conversion const& row = GetParam();
+    auto const turn =
+        static_cast<std::uint64_t>(&*std::ranges::find(all(), row.name, &conversion::name) - all().data());
+    if (plan().rounds_beyond_caches == 0 && (seed() + turn) % 4 != 0)
+        return;
+    constexpr long bytes_beyond_caches = 12'700'000;
+    constexpr int width = 4080;
+    long line = 0;
+    for (plane_shape const& shape : row.planes)
+        line += shape.written ? shape.reach(width) : 0;
+    int const height = static_cast<int>(bytes_beyond_caches / line) + 1;
+    for (int round = 0; round < std::max(1, plan().rounds_beyond_caches); ++round)
+        for (stride_kind const kind : {stride_kind::tight, stride_kind::negative_aligned}) {
+            trial_bench large{60'000'000};
+            trial const t = draw_trial(row, width, height, kind, any_content(), random_);
+            std::string const problem = large.run(t, random_);
+            EXPECT_EQ(problem, "") << "seed " << seed();
+            if (!problem.empty())
+                return;
+        }
 }
 
 INSTANTIATE_TEST_SUITE_P(Conversions, Sweep, testing::ValuesIn(all()),
