@@ -36,6 +36,10 @@ class TransmitTest : public testing::Test
     tmResult start_clock();
     tmResult stop_clock();
     tmResult push(std::initializer_list<fake_picture*> pictures, PrTime time = 0);
+    // What the plug-in keeps in the host's packed records, by value.
+    void* plugin_data() const { return parms.ioPrivatePluginData; }
+    void* instance_data() const { return instance.ioPrivateInstanceData; }
+
     // Pushes one picture and returns what was sent.
     sent_video send(fake_picture& picture, PrTime time = 0);
 

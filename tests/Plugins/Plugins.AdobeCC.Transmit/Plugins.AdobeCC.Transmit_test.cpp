@@ -69,21 +69,21 @@ TEST_F(Entry, UnloadReturnsZeroAndLeavesTheRecordUnwritten)
 TEST_F(Entry, StartupKeepsThePlugInInTheHostsRecord)
 {
     EXPECT_EQ(functions.Startup(&parms, &info), 0);
-    EXPECT_NE(parms.ioPrivatePluginData, nullptr);
-    EXPECT_EQ(parms.inPluginIndex, 0);
-    EXPECT_EQ(parms.ioSerializedPluginData, nullptr);
-    EXPECT_EQ(parms.ioSerializedPluginDataSize, 0u);
-    EXPECT_EQ(parms.piSuites, host.suites());
+    EXPECT_NE(plugin_data(), nullptr);
+    tmStdParms expected{};
+    expected.ioPrivatePluginData = plugin_data();
+    expected.piSuites = host.suites();
+    EXPECT_EQ(std::memcmp(&parms, &expected, sizeof parms), 0);
 }
 
 TEST_F(Entry, ShutdownTwiceFindsNothingTheSecondTime)
 {
     start_up();
     EXPECT_EQ(functions.Shutdown(&parms), 0);
-    EXPECT_EQ(parms.ioPrivatePluginData, nullptr);
+    EXPECT_EQ(plugin_data(), nullptr);
     log.clear();
     EXPECT_EQ(functions.Shutdown(&parms), 0);
-    EXPECT_EQ(parms.ioPrivatePluginData, nullptr);
+    EXPECT_EQ(plugin_data(), nullptr);
     EXPECT_THAT(log.lines(), testing::IsEmpty());
 }
 
@@ -91,8 +91,8 @@ TEST_F(Entry, CreateInstanceKeepsTheInstanceInTheHostsRecord)
 {
     start_up();
     EXPECT_EQ(functions.CreateInstance(&parms, &instance), 0);
-    EXPECT_NE(instance.ioPrivateInstanceData, nullptr);
-    EXPECT_NE(instance.ioPrivateInstanceData, parms.ioPrivatePluginData);
+    EXPECT_NE(instance_data(), nullptr);
+    EXPECT_NE(instance_data(), plugin_data());
 }
 
 TEST_F(Entry, DisposeInstanceAlwaysLeavesThePointerNull)
@@ -100,9 +100,9 @@ TEST_F(Entry, DisposeInstanceAlwaysLeavesThePointerNull)
     start_up();
     create_instance();
     EXPECT_EQ(functions.DisposeInstance(&parms, &instance), 0);
-    EXPECT_EQ(instance.ioPrivateInstanceData, nullptr);
+    EXPECT_EQ(instance_data(), nullptr);
     EXPECT_EQ(functions.DisposeInstance(&parms, &instance), 0);
-    EXPECT_EQ(instance.ioPrivateInstanceData, nullptr);
+    EXPECT_EQ(instance_data(), nullptr);
 }
 
 TEST_F(Entry, AFailedStartupLetsTheExceptionThroughAndStoresNothing)
@@ -111,12 +111,12 @@ TEST_F(Entry, AFailedStartupLetsTheExceptionThroughAndStoresNothing)
         GTEST_SKIP() << "exceptions end inside this back end";
     host.on_get_basic = [] { throw std::runtime_error("no suites"); };
     EXPECT_THROW(functions.Startup(&parms, &info), std::runtime_error);
-    EXPECT_EQ(parms.ioPrivatePluginData, nullptr);
+    EXPECT_EQ(plugin_data(), nullptr);
 
     host.on_get_basic = nullptr;
     sender.on_create = [] { throw std::runtime_error("no sender"); };
     EXPECT_THROW(functions.Startup(&parms, &info), std::runtime_error);
-    EXPECT_EQ(parms.ioPrivatePluginData, nullptr);
+    EXPECT_EQ(plugin_data(), nullptr);
 }
 
 TEST_F(Entry, AFailedInstanceLetsTheExceptionThroughAndStoresNothing)
@@ -126,7 +126,7 @@ TEST_F(Entry, AFailedInstanceLetsTheExceptionThroughAndStoresNothing)
     start_up();
     host.on_get_ticks = [] { throw std::runtime_error("no time"); };
     EXPECT_THROW(functions.CreateInstance(&parms, &instance), std::runtime_error);
-    EXPECT_EQ(instance.ioPrivateInstanceData, nullptr);
+    EXPECT_EQ(instance_data(), nullptr);
     host.on_get_ticks = nullptr;
     EXPECT_EQ(functions.CreateInstance(&parms, &instance), 0);
 }

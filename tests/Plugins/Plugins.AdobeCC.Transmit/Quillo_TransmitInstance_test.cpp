@@ -10,7 +10,6 @@ namespace {
 
 using testing::ElementsAre;
 
-constexpr PrPixelFormat vuya = PrPixelFormat_VUYA_4444_8u_709;
 constexpr PrPixelFormat bgra = PrPixelFormat_BGRA_4444_8u;
 
 class Instance : public TransmitTest

@@ -48,7 +48,7 @@ TEST_F(PluginObject, ANullSenderIsNotDestroyedAndTheSuitesAreReleasedAllTheSame)
 {
     sender.refuses = true;
     start_up();
-    EXPECT_NE(parms.ioPrivatePluginData, nullptr);
+    EXPECT_NE(plugin_data(), nullptr);
     log.clear();
     functions.Shutdown(&parms);
     EXPECT_EQ(log.count("Quillolib_send_destroy"), 0u);
@@ -137,7 +137,8 @@ TEST_F(PluginObject, EveryInstanceIsItsOwn)
     create_instance();
     tmInstance second = a_sequence();
     EXPECT_EQ(functions.CreateInstance(&parms, &second), 0);
-    EXPECT_NE(second.ioPrivateInstanceData, instance.ioPrivateInstanceData);
+    void* const second_data = second.ioPrivateInstanceData;
+    EXPECT_NE(second_data, instance_data());
     EXPECT_THAT(log.lines(), ElementsAre("GetTicksPerSecond()")); // one sender for all
     functions.DisposeInstance(&parms, &second);
 }
