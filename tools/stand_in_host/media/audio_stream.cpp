@@ -17,14 +17,12 @@ int tolerated_gap(int rate) { return rate / 50; }
 
 } // namespace
 
-audio_stream::audio_stream(stream_reader& reader_)
-    : reader(reader_), audio(describe_audio(reader.caps())), searchable(reader.duration().has_value())
+audio_stream::audio_stream(stream_reader& reader_, std::chrono::nanoseconds origin_)
+    : reader(reader_), audio(describe_audio(reader.caps())), origin(origin_), searchable(reader.is_searchable())
 {
     GstAudioInfo info;
     gst_audio_info_from_caps(&info, reader.caps());
     stream_channels = info.channels;
-    if (!searchable)
-        origin = stream_time(reader.peek());
 }
 
 std::int64_t audio_stream::end_of(block const& b) const

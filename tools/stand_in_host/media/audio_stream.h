@@ -13,8 +13,8 @@ namespace quillo::stand_in {
 class audio_stream
 {
   public:
-    // The reader must exist. It outlives the stream.
-    explicit audio_stream(stream_reader& reader);
+    // The reader must exist. It outlives the stream. origin: the time that the input gives to the clip's start.
+    audio_stream(stream_reader& reader, std::chrono::nanoseconds origin);
 
     audio_description const& description() const { return audio; }
 
@@ -35,7 +35,7 @@ class audio_stream
     stream_reader& reader;
     audio_description audio;
     int stream_channels;
-    std::chrono::nanoseconds origin{};
+    std::chrono::nanoseconds origin;
     bool searchable = true;
     bool ended = false;
     std::int64_t known_from = 0; // everything from here to the newest block's end is in the blocks, gaps aside

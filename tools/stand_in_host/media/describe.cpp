@@ -9,6 +9,8 @@ namespace quillo::stand_in {
 
 namespace {
 
+constexpr int first_label = 100; // front left; the others count up from it
+
 constexpr frame_rate rate_where_none_is_stated{30, 1};
 
 field_order fields_of(GstVideoInfo const& info, GstBuffer* buffer)
@@ -28,7 +30,6 @@ field_order fields_of(GstVideoInfo const& info, GstBuffer* buffer)
 
 int label_of(GstAudioChannelPosition position)
 {
-    constexpr int front_left = 100; // the labels count up from here in this order
     static constexpr GstAudioChannelPosition order[] = {GST_AUDIO_CHANNEL_POSITION_FRONT_LEFT,
                                                         GST_AUDIO_CHANNEL_POSITION_FRONT_RIGHT,
                                                         GST_AUDIO_CHANNEL_POSITION_FRONT_CENTER,
@@ -42,7 +43,7 @@ int label_of(GstAudioChannelPosition position)
                                                         GST_AUDIO_CHANNEL_POSITION_SIDE_RIGHT,
                                                         GST_AUDIO_CHANNEL_POSITION_TOP_CENTER};
     auto const* const found = std::find(std::begin(order), std::end(order), position);
-    return found == std::end(order) ? 0 : front_left + static_cast<int>(found - std::begin(order));
+    return found == std::end(order) ? 0 : first_label + static_cast<int>(found - std::begin(order));
 }
 
 } // namespace
@@ -72,6 +73,9 @@ audio_description describe_audio(GstCaps* caps)
     if (!GST_AUDIO_INFO_IS_UNPOSITIONED(&info))
         for (int k = 0; k < audio.channels; ++k)
             audio.labels[static_cast<std::size_t>(k)] = label_of(info.position[k]);
+    else if (info.channels == 2 || info.channels == 6) // stereo and 5.1 in the usual order
+        for (int k = 0; k < audio.channels; ++k)
+            audio.labels[static_cast<std::size_t>(k)] = first_label + k;
     if (info.channels == 1)
         audio.labels[0] = label_of(GST_AUDIO_CHANNEL_POSITION_FRONT_CENTER);
     return audio;

@@ -41,11 +41,11 @@ class media : public source
         if (!video_reader->exists())
             throw input_error(input_error::reason::no_video, "no video in " + name);
         pictures = std::make_unique<video_stream>(*video_reader);
-        if (!with_audio)
+        if (!with_audio || !video_reader->has_audio_too())
             return;
         audio_reader = std::make_unique<stream_reader>(uri, name, stream_reader::kind::audio);
         if (audio_reader->exists())
-            sound = std::make_unique<audio_stream>(*audio_reader);
+            sound = std::make_unique<audio_stream>(*audio_reader, pictures->origin());
     }
 
     std::string title() const override { return name; }

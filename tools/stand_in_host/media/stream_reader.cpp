@@ -15,37 +15,14 @@ constexpr auto open_limit = 30s;  // for a stream to show its first buffer
 constexpr auto stall_limit = 30s; // for a stream to show the next one
 constexpr GstClockTime poll_time = 50 * GST_MSECOND;
 
-bool is_kind(GstStream* stream, stream_reader::kind kind)
+void set_up_sink(GstElement* sink, stream_reader::kind kind)
 {
-    return gst_stream_get_stream_type(stream) ==
-           (kind == stream_reader::kind::video ? GST_STREAM_TYPE_VIDEO : GST_STREAM_TYPE_AUDIO);
-}
-
-gst_ptr<GstElement> make_sink(stream_reader::kind kind)
-{
-    gst_ptr<GstElement> sink(GST_ELEMENT(gst_object_ref_sink(gst_element_factory_make("appsink", nullptr))));
     std::string const caps_text = kind == stream_reader::kind::video
                                       ? "video/x-raw, format=(string)" + std::string(readable_formats)
                                       : "audio/x-raw, format=(string)F32LE, layout=(string)interleaved";
     gst_ptr<GstCaps> const caps(gst_caps_from_string(caps_text.c_str()));
-    g_object_set(sink.get(), "caps", caps.get(), "sync", FALSE, "max-buffers",
-                 kind == stream_reader::kind::video ? 4u : 32u, "enable-last-sample", FALSE, nullptr);
-    return sink;
-}
-
-// The orientation that a camera noted down, or null where the picture stands upright.
-char const* orientation(GstPad* pad, std::string& storage)
-{
-    gst_ptr<GstStream> const stream(gst_pad_get_stream(pad));
-    if (!stream)
-        return nullptr;
-    gst_ptr<GstTagList> const tags(gst_stream_get_tags(stream.get()));
-    char* text = nullptr;
-    if (!tags || !gst_tag_list_get_string(tags.get(), GST_TAG_IMAGE_ORIENTATION, &text))
-        return nullptr;
-    gst_ptr<char> const owned(text);
-    storage = text;
-    return storage == "rotate-0" ? nullptr : storage.c_str();
+    g_object_set(sink, "caps", caps.get(), "sync", FALSE, "max-buffers", kind == stream_reader::kind::video ? 4u : 32u,
+                 "enable-last-sample", FALSE, nullptr);
 }
 
 } // namespace
@@ -53,43 +30,96 @@ char const* orientation(GstPad* pad, std::string& storage)
 // What GStreamer calls on its own threads.
 struct stream_reader::callbacks
 {
-    static int select_stream(GstElement*, GstStreamCollection* collection, GstStream* stream, stream_reader* self)
+    // Their times after a search are not those of before.
+    static void element_added(GstBin*, GstBin*, GstElement* added, stream_reader* self)
     {
-        for (guint k = 0; k < gst_stream_collection_get_size(collection); ++k)
-            if (GstStream* const candidate = gst_stream_collection_get_stream(collection, k);
-                is_kind(candidate, self->wanted))
-                return candidate == stream;
-        return 0;
+        GstElementFactory* const factory = gst_element_get_factory(added);
+        if (factory == nullptr)
+            return;
+        std::string_view const made_by = GST_OBJECT_NAME(factory);
+        if (made_by == "tsdemux" || made_by == "mpegpsdemux")
+            self->imprecise = true;
+    }
+
+    // A container's elementary streams come by here with their types.
+    static gboolean stream_found(GstElement*, GstPad*, GstCaps* caps, stream_reader* self)
+    {
+        if (g_str_has_prefix(gst_structure_get_name(gst_caps_get_structure(caps, 0)), "audio/"))
+            self->saw_audio = true;
+        return TRUE;
+    }
+
+    static GstPadProbeReturn event_passes(GstPad*, GstPadProbeInfo* info, gpointer self)
+    {
+        GstEvent* const event = gst_pad_probe_info_get_event(info);
+        if (GST_EVENT_TYPE(event) != GST_EVENT_TAG)
+            return GST_PAD_PROBE_OK;
+        GstTagList* tags = nullptr;
+        gst_event_parse_tag(event, &tags);
+        char* text = nullptr;
+        if (gst_tag_list_get_string(tags, GST_TAG_IMAGE_ORIENTATION, &text)) {
+            gst_ptr<char> const owned(text);
+            static_cast<stream_reader*>(self)->upright = parse_orientation(text);
+        }
+        return GST_PAD_PROBE_OK;
     }
 
     static void pad_added(GstElement*, GstPad* pad, stream_reader* self) { self->link(pad); }
+
+    static void no_more_pads(GstElement*, stream_reader* self) { self->complete = true; }
 };
 
-stream_reader::stream_reader(std::string const& uri, std::string const& name_, kind wanted_)
-    : name(name_), wanted(wanted_), sink(make_sink(wanted)),
-      pipeline(GST_ELEMENT(gst_object_ref_sink(gst_pipeline_new(nullptr)))), bus(gst_element_get_bus(pipeline.get()))
+stream_reader::stream_reader(std::string const& uri_, std::string const& name_, kind wanted_)
+    : uri(uri_), name(name_), wanted(wanted_)
 {
-    GstElement* const decoder = gst_element_factory_make("uridecodebin3", nullptr);
-    if (decoder == nullptr)
-        throw input_error(input_error::reason::unreadable,
-                          "cannot read " + name + ": GStreamer's uridecodebin3 is not installed");
-    g_object_set(decoder, "uri", uri.c_str(), nullptr);
-    g_signal_connect(decoder, "select-stream", G_CALLBACK(callbacks::select_stream), this);
-    g_signal_connect(decoder, "pad-added", G_CALLBACK(callbacks::pad_added), this);
-    gst_bin_add_many(GST_BIN(pipeline.get()), decoder, GST_ELEMENT(gst_object_ref(sink.get())), nullptr);
+    open();
+    if (first)
+        held.reset(gst_sample_copy(first.get()));
+}
 
+GstElement* stream_reader::make(char const* element) const
+{
+    GstElement* const made = gst_element_factory_make(element, nullptr);
+    if (made == nullptr)
+        throw input_error(input_error::reason::unreadable,
+                          "cannot read " + name + ": GStreamer's " + element + " is not installed");
+    return made;
+}
+
+void stream_reader::open()
+{
+    pipeline.reset();
+    sink.reset(GST_ELEMENT(gst_object_ref_sink(make("appsink"))));
+    set_up_sink(sink.get(), wanted);
+    convert.reset(GST_ELEMENT(gst_object_ref_sink(make(wanted == kind::video ? "videoconvert" : "audioconvert"))));
+    if (wanted == kind::video)
+        gst_util_set_object_arg(G_OBJECT(convert.get()), "dither", "none");
+    complete = false;
+    linked = false;
+    gst_ptr<GstCaps> const raw(gst_caps_new_empty_simple(wanted == kind::video ? "video/x-raw" : "audio/x-raw"));
+    gst_caps_set_features_simple(raw.get(), gst_caps_features_new_any());
+    // Streams of other kinds are not decoded.
+    GstElement* const decoder = make("uridecodebin");
+    g_object_set(decoder, "uri", uri.c_str(), "caps", raw.get(), "expose-all-streams", FALSE, nullptr);
+    g_signal_connect(decoder, "autoplug-continue", G_CALLBACK(callbacks::stream_found), this);
+    g_signal_connect(decoder, "no-more-pads", G_CALLBACK(callbacks::no_more_pads), this);
+    g_signal_connect(decoder, "pad-added", G_CALLBACK(callbacks::pad_added), this);
+    g_signal_connect(decoder, "deep-element-added", G_CALLBACK(callbacks::element_added), this);
+
+    pipeline.reset(GST_ELEMENT(gst_object_ref_sink(gst_pipeline_new(nullptr))));
+    bus.reset(gst_element_get_bus(pipeline.get()));
+    gst_bin_add_many(GST_BIN(pipeline.get()), decoder, GST_ELEMENT(gst_object_ref(convert.get())),
+                     GST_ELEMENT(gst_object_ref(sink.get())), nullptr);
     gst_element_set_state(pipeline.get(), GST_STATE_PLAYING);
     auto const give_up = std::chrono::steady_clock::now() + open_limit;
     while (!first && !absent) {
-        check_bus();
-        first.reset(gst_app_sink_try_pull_sample(GST_APP_SINK(sink.get()), poll_time));
-        if (!first && gst_app_sink_is_eos(GST_APP_SINK(sink.get())))
-            absent = true;
+        first = try_pull();
+        absent = !first && complete && (!linked || gst_app_sink_is_eos(GST_APP_SINK(sink.get())));
+        if (!first && !absent)
+            check_bus();
         if (std::chrono::steady_clock::now() > give_up)
             throw input_error(input_error::reason::unreadable, "cannot read " + name + ": nothing arrives");
     }
-    if (first)
-        held.reset(gst_sample_ref(first.get()));
 }
 
 void stream_reader::stop_and_release::operator()(GstElement* running) const
@@ -101,29 +131,15 @@ void stream_reader::stop_and_release::operator()(GstElement* running) const
 // [streaming thread]
 void stream_reader::link(GstPad* pad)
 {
-    if (!g_str_has_prefix(GST_PAD_NAME(pad), wanted == kind::video ? "video" : "audio"))
+    gst_ptr<GstCaps> const pad_caps(gst_pad_query_caps(pad, nullptr));
+    char const* const media_type = gst_structure_get_name(gst_caps_get_structure(pad_caps.get(), 0));
+    if (linked || !g_str_has_prefix(media_type, wanted == kind::video ? "video/" : "audio/"))
         return;
-    gst_ptr<GstPad> const sink_pad(gst_element_get_static_pad(sink.get(), "sink"));
-    if (gst_pad_is_linked(sink_pad.get()))
-        return;
+    linked = true;
 
-    std::string turn;
-    GstElement* convert = gst_element_factory_make(wanted == kind::video ? "videoconvert" : "audioconvert", nullptr);
-    if (wanted == kind::video)
-        gst_util_set_object_arg(G_OBJECT(convert), "dither", "none");
-    GstElement* last = convert;
-    gst_bin_add(GST_BIN(pipeline.get()), convert);
-    if (wanted == kind::video && orientation(pad, turn) != nullptr) {
-        last = gst_element_factory_make("videoflip", nullptr);
-        gst_util_set_object_arg(G_OBJECT(last), "video-direction", "auto");
-        gst_bin_add(GST_BIN(pipeline.get()), last);
-        gst_element_link(convert, last);
-    }
-    gst_element_link(last, sink.get());
-    if (last != convert)
-        gst_element_sync_state_with_parent(last);
-    gst_element_sync_state_with_parent(convert);
-    gst_ptr<GstPad> const target(gst_element_get_static_pad(convert, "sink"));
+    gst_element_link(convert.get(), sink.get());
+    gst_ptr<GstPad> const target(gst_element_get_static_pad(convert.get(), "sink"));
+    gst_pad_add_probe(target.get(), GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, callbacks::event_passes, this, nullptr);
     gst_pad_link(pad, target.get());
 }
 
@@ -132,6 +148,10 @@ void stream_reader::fail(GstMessage* error_message)
     GError* error = nullptr;
     gst_message_parse_error(error_message, &error, nullptr);
     gst_ptr<GError> const owned(error);
+    if (!linked && saw_audio && wanted == kind::video && missing_decoder.empty()) {
+        absent = true; // the error only says that nobody takes the sound
+        return;
+    }
     std::string why = missing_decoder.empty() ? error->message : "no " + missing_decoder + " is installed";
     if (why.ends_with('.'))
         why.pop_back();
@@ -144,20 +164,11 @@ void stream_reader::check_bus()
         switch (GST_MESSAGE_TYPE(message.get())) {
         case GST_MESSAGE_ERROR:
             fail(message.get());
+            break;
         case GST_MESSAGE_ELEMENT:
             if (gst_is_missing_plugin_message(message.get()))
                 missing_decoder = gst_ptr<char>(gst_missing_plugin_message_get_description(message.get())).get();
             break;
-        case GST_MESSAGE_STREAM_COLLECTION: {
-            GstStreamCollection* collection = nullptr;
-            gst_message_parse_stream_collection(message.get(), &collection);
-            bool found = false;
-            for (guint k = 0; k < gst_stream_collection_get_size(collection); ++k)
-                found = found || is_kind(gst_stream_collection_get_stream(collection, k), wanted);
-            gst_object_unref(collection);
-            absent = !found;
-            break;
-        }
         default:
             break;
         }
@@ -166,12 +177,19 @@ void stream_reader::check_bus()
 
 GstCaps* stream_reader::caps() const { return gst_sample_get_caps(first.get()); }
 
+gst_ptr<GstSample> stream_reader::try_pull()
+{
+    gst_ptr<GstSample> const shared(gst_app_sink_try_pull_sample(GST_APP_SINK(sink.get()), poll_time));
+    // The sink writes into the sample again after a search, unless somebody holds it; so hold a copy, which shares the
+    // picture.
+    return gst_ptr<GstSample>(shared ? gst_sample_copy(shared.get()) : nullptr);
+}
+
 gst_ptr<GstSample> stream_reader::pull()
 {
     auto const give_up = std::chrono::steady_clock::now() + stall_limit;
     while (true) {
-        gst_ptr<GstSample> sample(gst_app_sink_try_pull_sample(GST_APP_SINK(sink.get()), poll_time));
-        if (sample)
+        if (gst_ptr<GstSample> sample = try_pull())
             return sample;
         if (gst_app_sink_is_eos(GST_APP_SINK(sink.get())))
             return nullptr;
@@ -197,8 +215,24 @@ gst_ptr<GstSample> stream_reader::next()
 bool stream_reader::seek(nanoseconds position)
 {
     held.reset();
+    if (imprecise) {
+        open();
+        return true;
+    }
     auto const flags = static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE);
     return gst_element_seek_simple(pipeline.get(), GST_FORMAT_TIME, flags, position.count()) != FALSE;
+}
+
+bool stream_reader::is_searchable() const
+{
+    if (imprecise)
+        return uri.starts_with("file:"); // it is opened again
+    GstQuery* const query = gst_query_new_seeking(GST_FORMAT_TIME);
+    gboolean searchable = FALSE;
+    if (gst_element_query(pipeline.get(), query))
+        gst_query_parse_seeking(query, nullptr, &searchable, nullptr, nullptr);
+    gst_query_unref(query);
+    return searchable != FALSE;
 }
 
 std::optional<stream_reader::nanoseconds> stream_reader::duration() const

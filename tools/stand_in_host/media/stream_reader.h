@@ -2,7 +2,9 @@
 #pragma once
 
 #include "tools/stand_in_host/media/gst_ptr.h"
+#include "tools/stand_in_host/media/orientation.h"
 
+#include <atomic>
 #include <chrono>
 #include <optional>
 #include <string>
@@ -26,6 +28,12 @@ class stream_reader
     // False where the input has no such stream; nothing else may be called then.
     bool exists() const { return first != nullptr; }
 
+    // Of a video stream: whether the input has sound as well.
+    bool has_audio_too() const { return saw_audio; }
+
+    // How a video stream's pictures are to be shown.
+    orientation shown() const { return upright; }
+
     // What the decoder gives, known from the first buffer on.
     GstCaps* caps() const;
 
@@ -35,10 +43,17 @@ class stream_reader
     // The buffer that next would give, kept.
     GstSample* peek();
 
-    // The next buffer is the first one that lasts beyond the given time. False where the input cannot be searched.
+    // The next buffer is the first one that lasts beyond the given time or, where the input's times cannot be relied on
+    // after a search, the very first. False where the input cannot be searched.
     bool seek(nanoseconds position);
 
+    // Whether seek works: a file's stream, not a live one.
+    bool is_searchable() const;
+
     std::optional<nanoseconds> duration() const;
+
+    // Whether times count from 0 at the input's start. If not, the first picture's time is 0.
+    bool counts_from_start() const { return !imprecise && is_searchable(); }
 
   private:
     struct callbacks;
@@ -49,13 +64,23 @@ class stream_reader
         void operator()(GstElement* running) const;
     };
 
+    void open();
+    GstElement* make(char const* element) const;
+    gst_ptr<GstSample> try_pull();
     gst_ptr<GstSample> pull();
     void check_bus();
     void link(GstPad* pad);
-    [[noreturn]] void fail(GstMessage* error_message);
+    void fail(GstMessage* error_message);
 
+    std::string uri;
     std::string name;
     kind wanted;
+    std::atomic<orientation> upright{}; // these five are written by streaming threads
+    std::atomic<bool> imprecise = false;
+    std::atomic<bool> saw_audio = false;
+    std::atomic<bool> complete = false; // all streams are known
+    std::atomic<bool> linked = false;
+    gst_ptr<GstElement> convert;
     gst_ptr<GstElement> sink;
     std::unique_ptr<GstElement, stop_and_release> pipeline; // behind all that its threads use
     gst_ptr<GstBus> bus;

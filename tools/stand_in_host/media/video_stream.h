@@ -26,6 +26,9 @@ class video_stream
 
     bool draw(std::int64_t frame, picture_view const& target);
 
+    // The time that the input itself gives to the first frame.
+    std::chrono::nanoseconds origin() const { return begin; }
+
   private:
     static constexpr std::int64_t endless = -1;
 
@@ -40,10 +43,13 @@ class video_stream
     GstSample* find(std::int64_t frame);
     void read_up_to(std::int64_t frame);
     void search(std::int64_t frame);
+    void count_frames();
+    bool draw_stored(GstSample* sample, picture_view const& target) const;
 
     stream_reader& reader;
     video_description video;
-    std::chrono::nanoseconds origin{}; // where an input that cannot be searched begins
+    orientation how;
+    std::chrono::nanoseconds begin{};
     std::atomic<std::int64_t> count = endless;
     bool still = false;
     bool searchable = true;
