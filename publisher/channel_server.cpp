@@ -71,7 +71,7 @@ bool same_user(int socket)
 class directory : public channel_directory
 {
   public:
-    directory(publisher& owner, open::waker& waker) : owner_(owner), waker_(waker) {}
+    directory(publisher& owner, std::shared_ptr<open::waker> waker) : owner_(owner), waker_(std::move(waker)) {}
     ~directory() override
     {
         if (source_)
@@ -80,7 +80,7 @@ class directory : public channel_directory
 
     std::shared_ptr<channel_events> open_source(introduction const& who) override
     {
-        source_ = owner_.open_source(who, [this] { waker_.wake(); });
+        source_ = owner_.open_source(who, [waker = waker_] { waker->wake(); });
         return source_;
     }
     std::string status() override { return owner_.status(); }
@@ -89,7 +89,7 @@ class directory : public channel_directory
 
   private:
     publisher& owner_;
-    open::waker& waker_;
+    std::shared_ptr<open::waker> const waker_;
     std::shared_ptr<source> source_;
 };
 
@@ -157,7 +157,7 @@ void channel_server::reap(bool all)
 {
     if (all)
         for (auto& one : connections_)
-            one.waker.wake();
+            one.waker->wake();
     connections_.remove_if([&](connection& one) {
         if (!all && !one.done)
             return false;
@@ -183,10 +183,10 @@ void channel_server::serve(connection& self, open::descriptor connected)
             }
             int const timeout = wanted ? static_cast<int>(tick_interval.count()) : peer.introduced() ? -1 : 1000;
             short const events = static_cast<short>(peer.wants_to_write() ? POLLIN | POLLOUT : POLLIN);
-            pollfd waiting[2] = {{peer.fd(), events, 0}, {self.waker.fd(), POLLIN, 0}};
+            pollfd waiting[2] = {{peer.fd(), events, 0}, {self.waker->fd(), POLLIN, 0}};
             ::poll(waiting, 2, timeout);
             if (waiting[1].revents & POLLIN)
-                self.waker.drain();
+                self.waker->drain();
             if ((waiting[0].revents & POLLOUT) && !peer.flush())
                 return;
             if ((waiting[0].revents & (POLLIN | POLLHUP | POLLERR)) && !peer.receive())

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <chrono>
 #include <list>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -53,7 +54,8 @@ class channel_server
     struct connection
     {
         std::thread thread;
-        open::waker waker;
+        // Shared: a viewer may still hold the source when its connection is gone.
+        std::shared_ptr<open::waker> waker = std::make_shared<open::waker>();
         std::atomic<bool> done{false};
     };
 

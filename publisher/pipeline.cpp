@@ -38,8 +38,19 @@ pipeline::~pipeline() { gst_element_set_state(pipeline_.get(), GST_STATE_NULL); 
 
 GstFlowReturn pipeline::new_sample(GstElement* sink, gpointer self)
 {
-    if (auto const sample = adopt<sample_ptr>(gst_app_sink_pull_sample(GST_APP_SINK(sink))))
-        static_cast<pipeline*>(self)->taken_(sample.get());
+    auto const sample = adopt<sample_ptr>(gst_app_sink_pull_sample(GST_APP_SINK(sink)));
+    if (!sample)
+        return GST_FLOW_OK;
+    // An encoder may count from elsewhere and say so in its segment.
+    GstBuffer* const buffer = gst_sample_get_buffer(sample.get());
+    auto const time =
+        gst_segment_to_running_time(gst_sample_get_segment(sample.get()), GST_FORMAT_TIME, GST_BUFFER_PTS(buffer));
+    auto const stamped = adopt<buffer_ptr>(gst_buffer_copy(buffer));
+    GST_BUFFER_PTS(stamped.get()) = time;
+    GST_BUFFER_DTS(stamped.get()) = GST_CLOCK_TIME_NONE;
+    auto const placed =
+        adopt<sample_ptr>(gst_sample_new(stamped.get(), gst_sample_get_caps(sample.get()), nullptr, nullptr));
+    static_cast<pipeline*>(self)->taken_(placed.get());
     return GST_FLOW_OK;
 }
 

@@ -15,8 +15,8 @@ void run_on_common_clock(GstElement* pipeline);
 class pipeline
 {
   public:
-    // Elements as for gst-launch, with an appsrc "in" and an appsink "out". taken gets each sample of "out" on the
-    // pipeline's thread. Throws std::runtime_error when it cannot be made.
+    // Elements as for gst-launch, with an appsrc "in" and an appsink "out". taken gets each sample of "out", its
+    // time stamp on the common clock, on the pipeline's thread. Throws std::runtime_error when it cannot be made.
     pipeline(std::string const& description, std::function<void(GstSample*)> taken);
     pipeline(pipeline const&) = delete;
     pipeline& operator=(pipeline const&) = delete;

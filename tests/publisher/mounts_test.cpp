@@ -3,12 +3,19 @@
 #include "tests/support/rtsp_receiver.h"
 #include "tests/support/running_publisher.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <unistd.h>
+
+#include <cmath>
+#include <set>
 
 namespace quillo::testing {
 namespace {
 
+using ::testing::HasSubstr;
+using ::testing::Not;
 using over = rtsp_receiver::over;
 using decode = rtsp_receiver::decode;
 
@@ -51,6 +58,369 @@ TEST_P(raw_formats, arrive_byte_for_byte)
 
 INSTANTIATE_TEST_SUITE_P(all, raw_formats,
                          ::testing::Values(SenderFourCC_UYVY, SenderFourCC_UYVA, SenderFourCC_BGRX, SenderFourCC_BGRA));
+
+auto const hd = video_format(320, 180, SenderFourCC_UYVY, 50, 1);
+
+// A flat picture whose luma is 40 + 20 x (n mod 8): survives encoding.
+std::vector<unsigned char> grey_picture(protocol::video_format_body const& format, std::uint64_t n)
+{
+    std::vector<unsigned char> bytes(picture_bytes(format), 128);
+    for (std::size_t k = 1; k < bytes.size(); k += 2)
+        bytes[k] = static_cast<unsigned char>(40 + 20 * (n % 8));
+    return bytes;
+}
+
+bool is_black(rtsp_receiver::picture const& picture)
+{
+    // Packed 4:2:2 has its luma at every second byte, planar 4:2:0 in front.
+    bool const packed = picture.format == "UYVY";
+    auto const pixels = static_cast<std::size_t>(picture.width * picture.height);
+    for (std::size_t k = 0; k < pixels; ++k)
+        if (picture.bytes[packed ? 2 * k + 1 : k] > 18)
+            return false;
+    return true;
+}
+
+class mounts : public ::testing::Test
+{
+  protected:
+    std::unique_ptr<live_sender> play(protocol::video_format_body const& format = hd,
+                                      live_sender::generator make = grey_picture, std::uint8_t id = 1)
+    {
+        return std::make_unique<live_sender>(publisher_.socket(), "Adobe Premiere Pro", id, format, std::move(make));
+    }
+
+    std::unique_ptr<rtsp_receiver> watch(std::string const& mount, over transport = over::tcp)
+    {
+        auto made = std::make_unique<rtsp_receiver>(publisher_.url("/adobe-premiere-pro" + mount), transport,
+                                                    mount.empty() ? decode::h264 : decode::raw);
+        made->start();
+        return made;
+    }
+
+    nlohmann::json status() { return nlohmann::json::parse(publisher_.everything.status()); }
+
+    // Once a condition holds that is reached without an event to wait for.
+    template <class Condition>
+    static bool soon(Condition holds)
+    {
+        auto const until = std::chrono::steady_clock::now() + 5s;
+        while (!holds()) {
+            if (std::chrono::steady_clock::now() > until)
+                return false;
+            std::this_thread::sleep_for(5ms);
+        }
+        return true;
+    }
+
+    running_publisher publisher_;
+};
+
+TEST_F(mounts, raw_sound_arrives_sample_for_sample)
+{
+    auto const sender = play();
+    auto const receiver = watch("/raw");
+    auto const bytes = receiver->wait_for_sound(48000);
+    ASSERT_GE(bytes.size(), 48000u);
+    // The ramp begins wherever the sender was; before it may stand silence.
+    std::vector<std::int32_t> left, right;
+    for (std::size_t k = 0; k + 6 <= bytes.size(); k += 6) {
+        auto const value = [&](std::size_t at) {
+            auto const bits = static_cast<std::uint32_t>(bytes[at]) << 24 |
+                              static_cast<std::uint32_t>(bytes[at + 1]) << 16 |
+                              static_cast<std::uint32_t>(bytes[at + 2]) << 8;
+            return static_cast<std::int32_t>(bits) >> 8;
+        };
+        left.push_back(value(k));
+        right.push_back(value(k + 3));
+    }
+    auto const expected = [](std::uint64_t s, int c) {
+        return static_cast<std::int32_t>(std::lrintf(live_sender::sample(s, c) * 8388608.0f));
+    };
+    std::size_t const tail = left.size() / 2;
+    std::uint64_t phase = 0;
+    while (phase < 1000 && expected(phase, 0) != left[tail])
+        ++phase;
+    ASSERT_LT(phase, 1000u);
+    for (std::size_t k = tail; k < left.size(); ++k) {
+        ASSERT_EQ(left[k], expected(phase + k - tail, 0)) << k;
+        ASSERT_EQ(right[k], expected(phase + k - tail, 1)) << k;
+    }
+}
+
+TEST_F(mounts, raw_is_described_exactly_and_by_name)
+{
+    auto format = video_format(720, 480, SenderFourCC_UYVY, 30000, 1001);
+    format.aspect = 720.0f * 10 / (480.0f * 11);
+    format.frame_format = FrameFormat_interleaved;
+    auto const sender = play(format, noise_picture);
+    auto const receiver = watch("/raw");
+    ASSERT_TRUE(receiver->wait_for_picture());
+    auto const sdp = receiver->sdp();
+    for (auto const* part :
+         {"s=Adobe Premiere Pro", "a=rtpmap:96 RAW/90000", "sampling=YCbCr-4:2:2", "depth=8", "width=720", "height=480",
+          "colorimetry=BT709-2", "exactframerate=30000/1001", "RANGE=NARROW", "TCS=SDR", "PAR=10:11",
+          "a=x-quillo-fields:woven, upper field first", "a=rtpmap:97 L24/48000/2"})
+        EXPECT_THAT(sdp, HasSubstr(part));
+    EXPECT_THAT(sdp, Not(HasSubstr("interlace")));
+}
+
+TEST_F(mounts, default_mount_carries_h264_and_opus)
+{
+    auto const sender = play();
+    auto const receiver = watch("");
+    auto const picture = receiver->wait_for_picture();
+    ASSERT_TRUE(picture);
+    EXPECT_EQ(picture->width, 320);
+    EXPECT_EQ(picture->height, 180);
+    EXPECT_THAT(receiver->sdp(), HasSubstr("H264/90000"));
+    EXPECT_THAT(receiver->sdp(), HasSubstr("OPUS/48000/2"));
+    EXPECT_GE(receiver->wait_for_sound(4800).size(), 4800u);
+}
+
+TEST_F(mounts, default_mount_shows_what_was_sent_over_udp_too)
+{
+    auto const sender = play();
+    auto const receiver = watch("", over::udp);
+    // All eight greys come by, in limited range, as they were.
+    std::set<int> seen;
+    for (int k = 0; k < 100 && seen.size() < 8; ++k) {
+        auto const picture = receiver->wait_for_picture();
+        ASSERT_TRUE(picture);
+        int const level = picture->bytes[picture->bytes.size() / 3];
+        int const nearest = (level - 40 + 10) / 20;
+        EXPECT_NEAR(level, 40 + 20 * nearest, 3);
+        seen.insert(nearest);
+    }
+    EXPECT_EQ(seen.size(), 8u);
+    EXPECT_TRUE(soon([&] { return status()["sources"][0]["receivers"][0]["transport"] == "UDP"; }));
+}
+
+TEST_F(mounts, time_stamps_rise_by_the_period)
+{
+    auto const sender = play(hd, noise_picture);
+    auto const receiver = watch("/raw");
+    auto before = receiver->wait_for_picture();
+    ASSERT_TRUE(before);
+    int compared = 0;
+    for (int k = 0; k < 30; ++k) {
+        auto const next = receiver->wait_for_picture();
+        ASSERT_TRUE(next);
+        ASSERT_GT(next->pts_ns, before->pts_ns);
+        // Where no picture is missing between them. The receiver's jitter buffer follows the arrivals a little.
+        if (k > 5 && number_in(next->bytes) == number_in(before->bytes) + 1) {
+            EXPECT_NEAR(static_cast<double>(next->pts_ns - before->pts_ns), 20e6, 5e6);
+            ++compared;
+        }
+        before = next;
+    }
+    EXPECT_GT(compared, 10);
+}
+
+TEST_F(mounts, nobody_watching_means_that_nothing_is_wanted)
+{
+    auto const sender = play();
+    EXPECT_FALSE(sender->wanted());
+    {
+        auto const receiver = watch("/raw");
+        ASSERT_TRUE(receiver->wait_for_picture());
+        EXPECT_TRUE(sender->wanted());
+    }
+    EXPECT_TRUE(soon([&] { return !sender->wanted(); }));
+    EXPECT_TRUE(soon([&] { return status()["sources"][0]["receivers"].empty(); }));
+}
+
+TEST_F(mounts, paused_host_shows_its_picture_to_somebody_who_comes)
+{
+    auto const sender = play();
+    sender->pause(true);
+    for (auto const* mount : {"/raw", ""}) {
+        auto const began = std::chrono::steady_clock::now();
+        auto const receiver = watch(mount);
+        auto const picture =
+            receiver->wait_for_picture([](rtsp_receiver::picture const& shown) { return !is_black(shown); });
+        ASSERT_TRUE(picture) << mount;
+        EXPECT_LT(std::chrono::steady_clock::now() - began, 2s);
+        // It goes on, and so does sound.
+        EXPECT_TRUE(receiver->wait_for_picture());
+        EXPECT_GE(receiver->wait_for_sound(4800).size(), 4800u);
+    }
+}
+
+TEST_F(mounts, source_without_any_picture_is_black)
+{
+    protocol_sender sender{publisher_.socket()};
+    sender.hello("Adobe Premiere Pro", 1);
+    ASSERT_TRUE(sender.receive(protocol::message::welcome));
+    auto const receiver = watch("/raw");
+    auto const picture = receiver->wait_for_picture();
+    ASSERT_TRUE(picture);
+    EXPECT_EQ(picture->width, 1280);
+    EXPECT_TRUE(is_black(*picture));
+}
+
+TEST_F(mounts, no_picture_frame_is_black_at_the_announced_size)
+{
+    for (auto const* mount : {"/raw", ""}) {
+        auto const sender = play();
+        auto const receiver = watch(mount);
+        ASSERT_TRUE(receiver->wait_for_picture([](auto const& shown) { return !is_black(shown); }));
+        sender->change_format(video_format(8, 8, SenderFourCC_BGRX, 50, 1));
+        auto const black = receiver->wait_for_picture(is_black);
+        ASSERT_TRUE(black) << mount;
+        EXPECT_EQ(black->width, 320);
+        EXPECT_EQ(black->height, 180);
+        sender->change_format(hd);
+        EXPECT_TRUE(receiver->wait_for_picture([](auto const& shown) { return !is_black(shown); })) << mount;
+        EXPECT_EQ(status()["sources"][0]["receivers"].size(), 1u);
+    }
+}
+
+TEST_F(mounts, new_size_reaches_encoded_viewers_in_band)
+{
+    auto const sender = play();
+    auto const receiver = watch("");
+    ASSERT_TRUE(receiver->wait_for_picture());
+    sender->change_format(video_format(480, 270, SenderFourCC_UYVY, 50, 1));
+    EXPECT_TRUE(receiver->wait_for_picture([](auto const& shown) { return shown.width == 480; }));
+    sender->change_format(video_format(320, 180, SenderFourCC_BGRX, 50, 1));
+    EXPECT_TRUE(receiver->wait_for_picture([](auto const& shown) { return shown.width == 320; }));
+    EXPECT_EQ(status()["sources"][0]["receivers"].size(), 1u);
+}
+
+TEST_F(mounts, new_size_ends_raw_viewers_who_are_told_when_they_come_back)
+{
+    auto const sender = play();
+    auto const receiver = watch("/raw");
+    ASSERT_TRUE(receiver->wait_for_picture());
+    sender->change_format(video_format(480, 270, SenderFourCC_UYVY, 50, 1));
+    EXPECT_TRUE(receiver->wait_for_end());
+    auto const again = watch("/raw");
+    auto const picture = again->wait_for_picture();
+    ASSERT_TRUE(picture);
+    EXPECT_EQ(picture->width, 480);
+}
+
+TEST_F(mounts, single_frame_of_another_size_is_converted)
+{
+    protocol_sender sender{publisher_.socket()};
+    sender.hello("Adobe Premiere Pro", 1);
+    sender.announce(hd);
+    ASSERT_TRUE(sender.receive(protocol::message::welcome));
+    auto const receiver = watch("/raw");
+    ASSERT_TRUE(sender.wait_for_wants(true));
+    auto const size = video_format(640, 360, SenderFourCC_UYVY, 50, 1);
+    std::int64_t timecode = 0;
+    auto const send = [&](protocol::video_format_body const& format, std::uint64_t grey) {
+        sender.video(format, grey_picture(format, grey), timecode += 200'000);
+        ASSERT_TRUE(sender.wait_for_release());
+    };
+    auto const shows = [&](std::uint64_t grey) {
+        return receiver->wait_for_picture([&](rtsp_receiver::picture const& shown) {
+            return shown.width == 320 && shown.bytes[1] == 40 + 20 * grey;
+        });
+    };
+    send(hd, 1);
+    ASSERT_TRUE(shows(1));
+    send(size, 2);
+    EXPECT_TRUE(shows(2));
+    send(hd, 3);
+    EXPECT_TRUE(shows(3));
+    EXPECT_FALSE(receiver->wait_for_end(0ms));
+}
+
+TEST_F(mounts, killed_viewer_is_forgotten_and_others_go_on)
+{
+    auto const sender = play(hd, noise_picture);
+    auto const staying = watch("/raw");
+    ASSERT_TRUE(staying->wait_for_picture());
+    // Goes through DESCRIBE and SETUP like any other, then is gone in the middle of a frame.
+    watch("/raw")->wait_for_picture();
+    EXPECT_TRUE(soon([&] { return status()["sources"][0]["receivers"].size() == 1; }));
+    auto const before = staying->wait_for_picture();
+    auto const after = staying->wait_for_picture();
+    ASSERT_TRUE(before && after);
+    EXPECT_EQ(number_in(after->bytes), number_in(before->bytes) + 1);
+}
+
+TEST_F(mounts, end_of_the_sender_ends_its_viewers)
+{
+    auto sender = play();
+    auto const raw = watch("/raw");
+    auto const encoded = watch("");
+    ASSERT_TRUE(raw->wait_for_picture());
+    ASSERT_TRUE(encoded->wait_for_picture());
+    sender.reset();
+    EXPECT_TRUE(raw->wait_for_end());
+    EXPECT_TRUE(encoded->wait_for_end());
+    EXPECT_TRUE(soon([&] { return status()["sources"].empty(); }));
+    rtsp_receiver late{publisher_.url("/adobe-premiere-pro"), over::tcp, decode::h264};
+    late.start();
+    EXPECT_TRUE(late.wait_for_end());
+}
+
+TEST_F(mounts, same_name_twice_gets_two_paths_and_a_sender_its_own_again)
+{
+    auto first = play(hd, grey_picture, 1);
+    auto const second = play(hd, grey_picture, 2);
+    ASSERT_EQ(status()["sources"].size(), 2u);
+    EXPECT_EQ(status()["sources"][0]["path"], "/adobe-premiere-pro");
+    EXPECT_EQ(status()["sources"][1]["path"], "/adobe-premiere-pro-2");
+    first.reset();
+    EXPECT_TRUE(soon([&] { return status()["sources"].size() == 1; }));
+    first = play(hd, grey_picture, 1);
+    EXPECT_EQ(status()["sources"][1]["path"], "/adobe-premiere-pro");
+    rtsp_receiver receiver{publisher_.url("/adobe-premiere-pro-2/raw"), over::tcp, decode::raw};
+    receiver.start();
+    EXPECT_TRUE(receiver.wait_for_picture());
+}
+
+TEST_F(mounts, status_tells_of_source_and_receiver)
+{
+    auto const sender = play();
+    auto const receiver = watch("/raw");
+    ASSERT_TRUE(receiver->wait_for_picture());
+    ASSERT_TRUE(soon([&] { return status()["sources"][0]["receivers"][0]["frames_sent"] > 5; }));
+    protocol_sender asker{publisher_.socket()};
+    auto const told = nlohmann::json::parse(asker.status());
+    EXPECT_EQ(told["pid"], ::getpid());
+    auto const source = told["sources"][0];
+    EXPECT_EQ(source["name"], "Adobe Premiere Pro");
+    EXPECT_EQ(source["id"], "01000000000000000000000000000000");
+    EXPECT_EQ(source["pid"], ::getpid());
+    EXPECT_EQ(source["format"]["width"], 320);
+    EXPECT_EQ(source["format"]["fourcc"], "UYVY");
+    EXPECT_EQ(source["format"]["rate"], (nlohmann::json{50, 1}));
+    EXPECT_EQ(source["format"]["frame_format"], "progressive");
+    EXPECT_EQ(source["audio"]["channels"], 2);
+    EXPECT_GT(source["frames_in"], 5);
+    EXPECT_EQ(source["receivers"][0]["mount"], "raw");
+    EXPECT_EQ(source["receivers"][0]["address"], "127.0.0.1");
+    EXPECT_EQ(source["receivers"][0]["transport"], "TCP");
+    EXPECT_THAT(source["receivers"][0]["agent"], HasSubstr("GStreamer"));
+}
+
+TEST_F(mounts, raw_is_over_tcp_only)
+{
+    auto const sender = play();
+    auto const receiver = watch("/raw", over::udp);
+    EXPECT_TRUE(receiver->wait_for_end());
+}
+
+TEST(running_twice, second_publisher_of_a_user_is_told_so)
+{
+    running_publisher const first;
+    EXPECT_THROW(publisher::folder_lock{first.folder.path()}, publisher::folder_lock::already_running);
+}
+
+TEST(running_twice, taken_port_means_the_next_free_one)
+{
+    running_publisher const first;
+    publisher::publisher_settings settings{{"127.0.0.1", first.everything.port()}, {}};
+    publisher::publisher const second{settings};
+    EXPECT_GT(second.port(), first.everything.port());
+    EXPECT_LT(second.port(), first.everything.port() + publisher::rtsp_server::ports_to_try);
+}
 
 } // namespace
 } // namespace quillo::testing
