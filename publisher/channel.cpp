@@ -142,7 +142,8 @@ void channel::audio(std::span<std::byte const> body)
 
     // The samples may lie at any address in what was received.
     std::vector<float> samples(bytes / sizeof(float));
-    std::memcpy(samples.data(), planar.data(), bytes);
+    if (bytes > 0)
+        std::memcpy(samples.data(), planar.data(), bytes);
     events_->audio({.format = *format,
                     .samples = message.samples,
                     .silent = message.silent != 0,

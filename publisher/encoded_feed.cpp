@@ -71,6 +71,13 @@ void encoded_feed::sound(placed_sound const& block)
         audio_->push(buffer.get());
 }
 
+void encoded_feed::ended()
+{
+    std::lock_guard const lock{viewers_mutex_};
+    for (auto* const viewer : viewers_)
+        viewer->ended();
+}
+
 void encoded_feed::distribute_unit(GstSample* unit)
 {
     bool const key = !GST_BUFFER_FLAG_IS_SET(gst_sample_get_buffer(unit), GST_BUFFER_FLAG_DELTA_UNIT);

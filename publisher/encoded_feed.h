@@ -19,6 +19,7 @@ class encoded_viewer
     virtual ~encoded_viewer() = default;
     virtual void access_unit(GstSample* unit, bool key) = 0;
     virtual void opus_packet(GstSample* packet) = 0;
+    virtual void ended() = 0;
 };
 
 class encoded_feed : public listener
@@ -39,6 +40,7 @@ class encoded_feed : public listener
     void format(picture_format const& pictures, sound_format const& sound) override;
     void picture(GstBuffer* fill) override;
     void sound(placed_sound const& block) override;
+    void ended() override;
 
   private:
     void distribute_unit(GstSample* unit);

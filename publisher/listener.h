@@ -31,6 +31,9 @@ class listener
     virtual void picture(GstBuffer* fill) = 0;
 
     virtual void sound(placed_sound const& block) = 0;
+
+    // The sender has gone; nothing comes any more.
+    virtual void ended() = 0;
 };
 
 } // namespace quillo::publisher

@@ -98,9 +98,7 @@ void publisher::close_source(std::shared_ptr<source> const& gone)
     }
     server_.withdraw("/" + gone->path());
     server_.withdraw("/" + gone->path() + "/raw");
-    for (auto const& who : receivers_.all())
-        if (who->path() == gone->path())
-            receivers_.end(who);
+    gone->close();
     log::info("source \"", gone->who().name, "\" at ", url(gone->path()), " is gone");
 }
 
@@ -118,7 +116,7 @@ std::string publisher::url(std::string const& path) const
 std::string publisher::status() const
 {
     std::lock_guard const lock{mutex_};
-    return status_json(sources_, receivers_.all(), "rtsp://" + machine_name() + ":" + std::to_string(port()));
+    return status_json(sources_, receivers_->all(), "rtsp://" + machine_name() + ":" + std::to_string(port()));
 }
 
 } // namespace quillo::publisher

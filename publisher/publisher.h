@@ -43,7 +43,7 @@ class publisher
   private:
     std::string free_path(introduction const& who);
 
-    receivers receivers_;
+    std::shared_ptr<receivers> const receivers_ = std::make_shared<receivers>();
     std::optional<encoder_choice> const encoder_;
     rtsp_server server_;
 

@@ -3,13 +3,38 @@
 #include "publisher/log.h"
 #include "publisher/slug.h"
 
+#include <linux/tcp.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
 #include <algorithm>
+#include <optional>
 
 namespace quillo::publisher {
 
 namespace {
 
 constexpr std::size_t max_agent = 120;
+constexpr std::chrono::milliseconds goodbye_time{100};
+
+struct tcp_state
+{
+    std::uint64_t acknowledged;
+    bool data_waits;
+};
+
+std::optional<tcp_state> tcp_state_of(GstRTSPClient* client)
+{
+    GstRTSPConnection* const connection = gst_rtsp_client_get_connection(client);
+    GSocket* const socket = connection ? gst_rtsp_connection_get_write_socket(connection) : nullptr;
+    if (!socket)
+        return std::nullopt;
+    tcp_info info{};
+    socklen_t size = sizeof info;
+    if (::getsockopt(g_socket_get_fd(socket), IPPROTO_TCP, TCP_INFO, &info, &size) != 0)
+        return std::nullopt;
+    return tcp_state{info.tcpi_bytes_acked, info.tcpi_notsent_bytes > 0 || info.tcpi_unacked > 0};
+}
 
 std::shared_ptr<GWeakRef> weak_reference(GstRTSPClient* client)
 {
@@ -28,8 +53,11 @@ void receiver::identify(GstRTSPContext const& request)
     std::lock_guard const lock{mutex_};
     if (request.conn)
         address_ = gst_rtsp_connection_get_ip(request.conn);
-    if (request.client)
+    GSource* const handling = g_main_current_source();
+    if (request.client && handling) {
         client_ = weak_reference(request.client);
+        context_ = {g_main_context_ref(g_source_get_context(handling)), g_main_context_unref};
+    }
     gchar* agent = nullptr;
     if (request.request &&
         gst_rtsp_message_get_header(request.request, GST_RTSP_HDR_USER_AGENT, &agent, 0) == GST_RTSP_OK)
@@ -60,10 +88,56 @@ std::string receiver::transport() const
     return transport_;
 }
 
-object_ptr<GstRTSPClient> receiver::client() const
+void receiver::on_its_thread(std::chrono::milliseconds from_now, std::function<void(GstRTSPClient*)> f) const
 {
     std::lock_guard const lock{mutex_};
-    return object_ptr<GstRTSPClient>{client_ ? static_cast<GstRTSPClient*>(g_weak_ref_get(client_.get())) : nullptr};
+    if (!context_)
+        return;
+    struct call
+    {
+        std::shared_ptr<GWeakRef> client;
+        std::function<void(GstRTSPClient*)> f;
+    };
+    g_source_ptr const later{g_timeout_source_new(static_cast<guint>(from_now.count()))};
+    g_source_set_callback(
+        later.get(),
+        [](gpointer data) -> gboolean {
+            auto const& what = *static_cast<call*>(data);
+            if (object_ptr<GstRTSPClient> const client{static_cast<GstRTSPClient*>(g_weak_ref_get(what.client.get()))})
+                what.f(client.get());
+            return G_SOURCE_REMOVE;
+        },
+        new call{client_, std::move(f)}, [](gpointer data) { delete static_cast<call*>(data); });
+    g_source_attach(later.get(), context_.get());
+}
+
+void receiver::end() const
+{
+    on_its_thread(goodbye_time, [self = shared_from_this()](GstRTSPClient* client) {
+        log::info(self->path(), ' ', self->mount(), ": ", self->address(), " is ended");
+        gst_rtsp_client_close(client);
+    });
+}
+
+void receiver::end_if_dead(steady::duration limit)
+{
+    on_its_thread({},
+                  [self = shared_from_this(), limit](GstRTSPClient* client) { self->check_progress(client, limit); });
+}
+
+void receiver::check_progress(GstRTSPClient* client, steady::duration limit)
+{
+    auto const state = tcp_state_of(client);
+    auto const now = steady::now();
+    if (!state || !state->data_waits || state->acknowledged != acknowledged_) {
+        acknowledged_ = state ? state->acknowledged : 0;
+        last_progress_ = now;
+    } else if (now - last_progress_ > limit) {
+        log::warning(path(), ' ', mount(), ": ", address(), " took nothing for ",
+                     std::chrono::duration_cast<std::chrono::seconds>(limit).count(), " s and is given up; ",
+                     frames_dropped.load(), " pictures were dropped for it");
+        gst_rtsp_client_close(client);
+    }
 }
 
 receiver_ptr receivers::admit(std::string const& source_path, std::string const& mount, std::size_t limit)
@@ -85,6 +159,13 @@ void receivers::dismiss(receiver_ptr const& who)
 {
     std::lock_guard const lock{mutex_};
     std::erase(receivers_, who);
+    dismissed_.notify_all();
+}
+
+bool receivers::wait_until_empty(std::chrono::milliseconds limit) const
+{
+    std::unique_lock lock{mutex_};
+    return dismissed_.wait_for(lock, limit, [&] { return receivers_.empty(); });
 }
 
 std::vector<receiver_ptr> receivers::all() const

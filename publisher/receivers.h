@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -16,7 +17,7 @@ namespace quillo::publisher {
 using steady = std::chrono::steady_clock;
 
 // One viewer of one mount. Counters are written by the viewer's source, read by anybody.
-class receiver
+class receiver : public std::enable_shared_from_this<receiver>
 {
   public:
     receiver(std::string source_path, std::string mount) : path_(std::move(source_path)), mount_(std::move(mount)) {}
@@ -33,8 +34,12 @@ class receiver
     std::string agent() const;
     std::string transport() const;
 
-    // The connection; null once it is gone.
-    object_ptr<GstRTSPClient> client() const;
+    // Ends the connection, after a moment for what is on its way, and on its own thread: gst-rtsp-server bears no
+    // other.
+    void end() const;
+
+    // Ends it, likewise, if nothing of what waits for it has been acknowledged for so long.
+    void end_if_dead(steady::duration limit);
 
     std::atomic<bool> playing{false};
     std::atomic<std::uint64_t> frames_sent{0};
@@ -45,15 +50,23 @@ class receiver
     std::string const mount_;
     steady::time_point const since_ = steady::now();
 
+    void on_its_thread(std::chrono::milliseconds from_now, std::function<void(GstRTSPClient*)> f) const;
+    void check_progress(GstRTSPClient* client, steady::duration limit);
+
     mutable std::mutex mutex_;
     std::string address_;
     std::string agent_;
     std::string transport_;
     std::shared_ptr<GWeakRef> client_;
+    std::shared_ptr<GMainContext> context_; // of the connection's thread
+
+    std::uint64_t acknowledged_ = 0; // bytes; the connection's thread only, as the next
+    steady::time_point last_progress_ = steady::now();
 };
 
 using receiver_ptr = std::shared_ptr<receiver>;
 
+// Outlives the server: the threads of gst-rtsp-server let go of their viewers when they get to it.
 class receivers
 {
   public:
@@ -66,14 +79,13 @@ class receivers
 
     std::vector<receiver_ptr> all() const;
 
-    // What ends a receiver's connection; called on any thread, must not wait. Set once, before anybody is admitted.
-    void set_closer(std::function<void(receiver_ptr)> closer) { closer_ = std::move(closer); }
-    void end(receiver_ptr const& who) const { closer_(who); }
+    // Until nobody is left. False when that takes too long.
+    bool wait_until_empty(std::chrono::milliseconds limit) const;
 
   private:
     mutable std::mutex mutex_;
+    mutable std::condition_variable dismissed_;
     std::vector<receiver_ptr> receivers_;
-    std::function<void(receiver_ptr)> closer_ = [](receiver_ptr const&) {};
 };
 
 } // namespace quillo::publisher

@@ -2,12 +2,7 @@
 
 #include "publisher/log.h"
 
-#include <linux/tcp.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-
 #include <algorithm>
-#include <optional>
 #include <stdexcept>
 
 namespace quillo::publisher {
@@ -16,38 +11,6 @@ namespace {
 
 constexpr int client_threads = 4;
 constexpr int backlog = 16;
-
-// Calls f() once on the context's thread.
-void invoke_on(GMainContext* context, std::function<void()> f)
-{
-    g_main_context_invoke_full(
-        context, G_PRIORITY_DEFAULT,
-        [](gpointer data) -> gboolean {
-            (*static_cast<std::function<void()>*>(data))();
-            return G_SOURCE_REMOVE;
-        },
-        new std::function<void()>{std::move(f)},
-        [](gpointer data) { delete static_cast<std::function<void()>*>(data); });
-}
-
-struct tcp_state
-{
-    std::uint64_t acknowledged;
-    bool data_waits;
-};
-
-std::optional<tcp_state> tcp_state_of(GstRTSPClient* client)
-{
-    GstRTSPConnection* const connection = gst_rtsp_client_get_connection(client);
-    GSocket* const socket = connection ? gst_rtsp_connection_get_write_socket(connection) : nullptr;
-    if (!socket)
-        return std::nullopt;
-    tcp_info info{};
-    socklen_t size = sizeof info;
-    if (::getsockopt(g_socket_get_fd(socket), IPPROTO_TCP, TCP_INFO, &info, &size) != 0)
-        return std::nullopt;
-    return tcp_state{info.tcpi_bytes_acked, info.tcpi_notsent_bytes > 0 || info.tcpi_unacked > 0};
-}
 
 // Not for the whole world: this machine, the private networks, and links without a router.
 bool is_near(GInetAddress* address)
@@ -104,14 +67,8 @@ void on_client(GstRTSPServer*, GstRTSPClient* client, gpointer)
 
 } // namespace
 
-struct rtsp_server::progress
-{
-    std::uint64_t acknowledged = 0;
-    steady::time_point last = steady::now();
-};
-
-rtsp_server::rtsp_server(rtsp_settings const& settings, receivers& all)
-    : all_(all), context_(g_main_context_new()), loop_(g_main_loop_new(context_.get(), FALSE)),
+rtsp_server::rtsp_server(rtsp_settings const& settings, std::shared_ptr<receivers> all)
+    : all_(std::move(all)), context_(g_main_context_new()), loop_(g_main_loop_new(context_.get(), FALSE)),
       server_(gst_rtsp_server_new()), points_(gst_rtsp_server_get_mount_points(server_.get()))
 {
     auto const threads = adopt<object_ptr<GstRTSPThreadPool>>(gst_rtsp_server_get_thread_pool(server_.get()));
@@ -119,18 +76,30 @@ rtsp_server::rtsp_server(rtsp_settings const& settings, receivers& all)
     gst_rtsp_server_set_backlog(server_.get(), backlog);
     g_signal_connect(server_.get(), "client-connected", G_CALLBACK(on_client), nullptr);
     listen(settings);
-    all_.set_closer([this](receiver_ptr const& who) { invoke_on(context_.get(), [this, who] { close(who); }); });
     thread_ = std::thread{[this] { run(); }};
 }
 
 rtsp_server::~rtsp_server()
 {
-    invoke_on(context_.get(), [this] {
-        end_all();
-        g_main_loop_quit(loop_.get());
-    });
+    for (auto const& who : all_->all())
+        who->end();
+    if (!all_->wait_until_empty(patience))
+        log::warning("some receivers did not end in time");
+    // Connections that never asked for anything.
+    using filter = GstRTSPFilterResult (*)(GstRTSPServer*, GstRTSPClient*, gpointer);
+    filter const everyone = [](GstRTSPServer*, GstRTSPClient*, gpointer) { return GST_RTSP_FILTER_REMOVE; };
+    gst_rtsp_server_client_filter(server_.get(), everyone, nullptr);
+    // From within the loop, which may not have begun yet.
+    g_source_ptr const quit{g_idle_source_new()};
+    g_source_set_callback(
+        quit.get(),
+        [](gpointer loop) -> gboolean {
+            g_main_loop_quit(static_cast<GMainLoop*>(loop));
+            return G_SOURCE_REMOVE;
+        },
+        loop_.get(), nullptr);
+    g_source_attach(quit.get(), context_.get());
     thread_.join();
-    all_.set_closer([](receiver_ptr const&) {});
 }
 
 void rtsp_server::listen(rtsp_settings const& settings)
@@ -183,46 +152,12 @@ void rtsp_server::withdraw(std::string const& path)
     gst_rtsp_mount_points_remove_factory(points_.get(), path.c_str());
 }
 
-void rtsp_server::close(receiver_ptr const& who)
-{
-    if (auto const client = who->client()) {
-        log::info(who->path(), ' ', who->mount(), ": ", who->address(), " ended");
-        gst_rtsp_client_close(client.get());
-    }
-}
-
-void rtsp_server::end_all()
-{
-    for (auto const& who : all_.all())
-        close(who);
-}
-
 void rtsp_server::watch_connections()
 {
     auto const pool = adopt<object_ptr<GstRTSPSessionPool>>(gst_rtsp_server_get_session_pool(server_.get()));
     gst_rtsp_session_pool_cleanup(pool.get());
-
-    auto const now = steady::now();
-    auto before = std::move(watched_);
-    watched_.clear();
-    for (auto const& who : all_.all()) {
-        auto const client = who->client();
-        auto const state = client ? tcp_state_of(client.get()) : std::nullopt;
-        if (!state)
-            continue;
-        auto& entry = watched_[who];
-        entry = std::move(before[who]);
-        if (!entry)
-            entry = std::make_unique<progress>();
-        if (state->acknowledged != entry->acknowledged || !state->data_waits) {
-            entry->acknowledged = state->acknowledged;
-            entry->last = now;
-        } else if (now - entry->last > dead_after) {
-            log::warning(who->path(), ' ', who->mount(), ": ", who->address(), " took nothing for ", dead_after.count(),
-                         " s and is given up; ", who->frames_dropped.load(), " pictures were dropped for it");
-            close(who);
-        }
-    }
+    for (auto const& who : all_->all())
+        who->end_if_dead(dead_after);
 }
 
 } // namespace quillo::publisher

@@ -5,10 +5,7 @@
 #include "publisher/mounts/mount.h"
 #include "publisher/receivers.h"
 
-#include <functional>
-#include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <thread>
 
@@ -23,14 +20,15 @@ struct rtsp_settings
 class rtsp_server
 {
   public:
+    static constexpr std::chrono::seconds patience{2}; // at the end
     static constexpr int ports_to_try = 50;
     static constexpr std::chrono::seconds dead_after{8}; // without any progress on a connection with data waiting
 
     // Listens. Throws std::runtime_error when no port can be had.
-    rtsp_server(rtsp_settings const& settings, receivers& all);
+    rtsp_server(rtsp_settings const& settings, std::shared_ptr<receivers> all);
     rtsp_server(rtsp_server const&) = delete;
     rtsp_server& operator=(rtsp_server const&) = delete;
-    ~rtsp_server(); // ends all connections
+    ~rtsp_server(); // ends all connections, and waits a little for them
 
     int port() const { return port_; }
 
@@ -38,21 +36,16 @@ class rtsp_server
     void withdraw(std::string const& path);                           // ends its viewers
 
   private:
-    struct progress;
-
     void listen(rtsp_settings const& settings);
     void run();
     void watch_connections();
-    void close(receiver_ptr const& who);
-    void end_all();
 
-    receivers& all_;
+    std::shared_ptr<receivers> const all_;
     context_ptr context_;
     loop_ptr loop_;
     object_ptr<GstRTSPServer> server_;
     object_ptr<GstRTSPMountPoints> points_;
     int port_ = 0;
-    std::map<receiver_ptr, std::unique_ptr<progress>> watched_; // the server's thread only
     std::thread thread_;
 };
 

@@ -143,6 +143,14 @@ void source::losses(protocol::losses_body const& losses)
     losses_ = losses;
 }
 
+void source::close()
+{
+    std::lock_guard const lock{mutex_};
+    closed_ = true;
+    for (auto* const who : listeners_)
+        who->ended();
+}
+
 void source::tick(ns now)
 {
     std::lock_guard const lock{mutex_};
@@ -179,6 +187,8 @@ void source::add(listener& who)
         listeners_.push_back(&who);
         listeners_count_ = listeners_.size();
         who.format(pictures_, sound_);
+        if (closed_)
+            who.ended();
         if (last_)
             who.picture(last_.get());
         // Sound has to begin somewhere, or a description waits for it.

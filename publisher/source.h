@@ -25,7 +25,7 @@ class source : public channel_events
     static constexpr ns repeat_after = 200'000'000;    // the last picture again, while the host rests
     static constexpr ns resting_after = 60'000'000;    // no picture for so long
     static constexpr ns fill_sound_after = 60'000'000; // silence, likewise
-    static constexpr ns black_after = 100'000'000;     // when the sender has no picture for a new listener
+    static constexpr ns black_after = 200'000'000;     // when the sender has no picture for a new listener
     static constexpr int frames_to_accept = 3;         // in a new format, before it is announced
     static constexpr ns pending_limit = 500'000'000;   // or this long as the last word
 
@@ -44,6 +44,9 @@ class source : public channel_events
 
     // Fills the time while the host rests. To be called often while anybody listens, from the connection's thread.
     void tick(ns now);
+
+    // The sender has gone: ends all listeners, and those who still come.
+    void close();
 
     // From any thread.
     bool wanted() const { return listeners_count_ > 0; }
@@ -83,6 +86,7 @@ class source : public channel_events
 
     picture_format pictures_;
     sound_format sound_;
+    bool closed_ = false;
     std::optional<protocol::video_format_body> announced_;
     std::optional<picture_format> pending_; // another shape, seen in the last frames
     int pending_frames_ = 0;

@@ -18,8 +18,8 @@ constexpr GstClockTime short_queue = 100 * GST_MSECOND; // good to go on from
 class h264_viewer : public viewer, encoded_viewer
 {
   public:
-    h264_viewer(std::shared_ptr<encoded_mount> of, receivers& all, receiver_ptr who)
-        : viewer(all, std::move(who)), mount_(std::move(of))
+    h264_viewer(std::shared_ptr<encoded_mount> of, std::shared_ptr<receivers> all, receiver_ptr who)
+        : viewer(std::move(all), std::move(who)), mount_(std::move(of))
     {
     }
 
@@ -34,12 +34,11 @@ class h264_viewer : public viewer, encoded_viewer
   private:
     void access_unit(GstSample* unit, bool key) override;
     void opus_packet(GstSample* packet) override;
+    void ended() override { say_goodbye(); }
 
     GstClockTime queued() const { return gst_app_src_get_current_level_time(GST_APP_SRC(video_in_.get())); }
 
     std::shared_ptr<encoded_mount> const mount_;
-    element_ptr video_in_;
-    element_ptr audio_in_;
     std::atomic<bool> attached_{false};
     std::atomic<bool> need_key_{true};
     bool first_unit_ = false;
@@ -117,7 +116,7 @@ void h264_viewer::opus_packet(GstSample* packet)
 
 std::unique_ptr<viewer> encoded_mount::open()
 {
-    auto who = all_.admit(source_->path(), mount_name, receivers::max_encoded);
+    auto who = all_->admit(source_->path(), mount_name, receivers::max_encoded);
     return who ? std::make_unique<h264_viewer>(shared_from_this(), all_, std::move(who)) : nullptr;
 }
 

@@ -14,8 +14,8 @@ namespace quillo::publisher {
 class encoded_mount : public mount, public std::enable_shared_from_this<encoded_mount>
 {
   public:
-    encoded_mount(std::shared_ptr<source> of, receivers& all, encoder_choice choice)
-        : source_(std::move(of)), all_(all), choice_(std::move(choice))
+    encoded_mount(std::shared_ptr<source> of, std::shared_ptr<receivers> all, encoder_choice choice)
+        : source_(std::move(of)), all_(std::move(all)), choice_(std::move(choice))
     {
     }
 
@@ -31,7 +31,7 @@ class encoded_mount : public mount, public std::enable_shared_from_this<encoded_
 
   private:
     std::shared_ptr<source> const source_;
-    receivers& all_;
+    std::shared_ptr<receivers> const all_;
     encoder_choice const choice_;
 
     std::mutex mutex_;

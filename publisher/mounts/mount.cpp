@@ -2,6 +2,8 @@
 
 #include "publisher/pipeline.h"
 
+#include <gst/app/gstappsrc.h>
+
 // Two classes in GObject's way, as small as can be: all that they do is call a mount or a viewer.
 
 namespace quillo::publisher {
@@ -107,6 +109,13 @@ void quillo_factory_class_init(factoryClass* of)
 void quillo_factory_init(factory*) {}
 
 } // namespace
+
+void viewer::say_goodbye()
+{
+    gst_app_src_end_of_stream(GST_APP_SRC(video_in_.get()));
+    gst_app_src_end_of_stream(GST_APP_SRC(audio_in_.get()));
+    who_->end();
+}
 
 object_ptr<GstRTSPMediaFactory> make_factory(std::shared_ptr<mount> served)
 {

@@ -25,13 +25,18 @@ class viewer
 
     receiver& who() { return *who_; }
 
-    viewer(receivers& all, receiver_ptr who) : all_(all), who_(std::move(who)) {}
+    viewer(std::shared_ptr<receivers> all, receiver_ptr who) : all_(std::move(all)), who_(std::move(who)) {}
     viewer(viewer const&) = delete;
     viewer& operator=(viewer const&) = delete;
-    virtual ~viewer() { all_.dismiss(who_); }
+    virtual ~viewer() { all_->dismiss(who_); }
 
   protected:
-    receivers& all_;
+    // Ends the receiver in order: a goodbye in RTCP, then the connection.
+    void say_goodbye();
+
+    element_ptr video_in_; // the appsrcs in the bin
+    element_ptr audio_in_;
+    std::shared_ptr<receivers> const all_;
     receiver_ptr const who_;
 };
 

@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <sstream>
+#include <utility>
 
 namespace quillo::publisher {
 
@@ -18,8 +19,8 @@ constexpr char const* mount_name = "raw";
 class raw_viewer : public viewer, listener
 {
   public:
-    raw_viewer(std::shared_ptr<source> of, receivers& all, receiver_ptr who)
-        : viewer(all, std::move(who)), source_(std::move(of)), shape_(source_->current())
+    raw_viewer(std::shared_ptr<source> of, std::shared_ptr<receivers> all, receiver_ptr who)
+        : viewer(std::move(all), std::move(who)), source_(std::move(of)), shape_(source_->current())
     {
     }
 
@@ -35,11 +36,10 @@ class raw_viewer : public viewer, listener
     void format(picture_format const& pictures, sound_format const& sound) override;
     void picture(GstBuffer* fill) override;
     void sound(placed_sound const& block) override;
+    void ended() override;
 
     std::shared_ptr<source> const source_;
     source::state const shape_; // as described; a viewer never sees another one
-    element_ptr video_in_;
-    element_ptr audio_in_;
     std::atomic<bool> listening_{false};
     bool ended_ = false;
     // Until PLAY one picture and one block are enough: they are what the description waits for.
@@ -88,8 +88,13 @@ void raw_viewer::format(picture_format const& pictures, sound_format const& soun
     if (ended_ || (pictures == shape_.pictures && sound == shape_.sound))
         return;
     // Receivers keep what was described to them and would show garbage; they have to ask again.
-    ended_ = true;
-    all_.end(who_);
+    ended();
+}
+
+void raw_viewer::ended()
+{
+    if (!std::exchange(ended_, true))
+        say_goodbye();
 }
 
 void raw_viewer::picture(GstBuffer* fill)
@@ -117,7 +122,7 @@ void raw_viewer::sound(placed_sound const& block)
 
 std::unique_ptr<viewer> raw_mount::open()
 {
-    auto who = all_.admit(source_->path(), mount_name, receivers::max_raw);
+    auto who = all_->admit(source_->path(), mount_name, receivers::max_raw);
     return who ? std::make_unique<raw_viewer>(source_, all_, std::move(who)) : nullptr;
 }
 

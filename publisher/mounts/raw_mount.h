@@ -11,14 +11,16 @@ namespace quillo::publisher {
 class raw_mount : public mount
 {
   public:
-    raw_mount(std::shared_ptr<source> of, receivers& all) : source_(std::move(of)), all_(all) {}
+    raw_mount(std::shared_ptr<source> of, std::shared_ptr<receivers> all) : source_(std::move(of)), all_(std::move(all))
+    {
+    }
 
     std::unique_ptr<viewer> open() override;
     bool tcp_only() const override { return true; }
 
   private:
     std::shared_ptr<source> const source_;
-    receivers& all_;
+    std::shared_ptr<receivers> const all_;
 };
 
 } // namespace quillo::publisher

@@ -188,8 +188,10 @@ TEST_F(mounts, default_mount_shows_what_was_sent_over_udp_too)
         auto const picture = receiver->wait_for_picture();
         ASSERT_TRUE(picture);
         int const level = picture->bytes[picture->bytes.size() / 3];
+        if (level < 30) // nothing came in time to be shown first
+            continue;
         int const nearest = (level - 40 + 10) / 20;
-        EXPECT_NEAR(level, 40 + 20 * nearest, 3);
+        EXPECT_NEAR(level, 40 + 20 * nearest, 6);
         seen.insert(nearest);
     }
     EXPECT_EQ(seen.size(), 8u);
@@ -207,9 +209,9 @@ TEST_F(mounts, time_stamps_rise_by_the_period)
         auto const next = receiver->wait_for_picture();
         ASSERT_TRUE(next);
         ASSERT_GT(next->pts_ns, before->pts_ns);
-        // Where no picture is missing between them. The receiver's jitter buffer follows the arrivals a little.
+        // Where no picture is missing between them; a step of RTP's clock is 11111 ns.
         if (k > 5 && number_in(next->bytes) == number_in(before->bytes) + 1) {
-            EXPECT_NEAR(static_cast<double>(next->pts_ns - before->pts_ns), 20e6, 5e6);
+            EXPECT_NEAR(static_cast<double>(next->pts_ns - before->pts_ns), 20e6, 12e3);
             ++compared;
         }
         before = next;
@@ -348,9 +350,12 @@ TEST_F(mounts, end_of_the_sender_ends_its_viewers)
     auto sender = play();
     auto const raw = watch("/raw");
     auto const encoded = watch("");
+    auto const over_udp = watch("", over::udp);
     ASSERT_TRUE(raw->wait_for_picture());
     ASSERT_TRUE(encoded->wait_for_picture());
+    ASSERT_TRUE(over_udp->wait_for_picture());
     sender.reset();
+    EXPECT_TRUE(over_udp->wait_for_end());
     EXPECT_TRUE(raw->wait_for_end());
     EXPECT_TRUE(encoded->wait_for_end());
     EXPECT_TRUE(soon([&] { return status()["sources"].empty(); }));

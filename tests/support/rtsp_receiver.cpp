@@ -42,6 +42,8 @@ rtsp_receiver::rtsp_receiver(std::string const& url, over transport, decode kind
 {
     GstElement* const source = gst_element_factory_make("rtspsrc", nullptr);
     g_object_set(source, "location", url.c_str(), "latency", 0, nullptr);
+    // Time stamps as they were sent, not smoothed over their arrival.
+    gst_util_set_object_arg(G_OBJECT(source), "buffer-mode", "none");
     gst_util_set_object_arg(G_OBJECT(source), "protocols", transport == over::tcp ? "tcp" : "udp");
     gst_bin_add(GST_BIN(pipeline_.get()), source);
     g_signal_connect(source, "pad-added", G_CALLBACK(+[](GstElement*, GstPad* pad, gpointer self) {
