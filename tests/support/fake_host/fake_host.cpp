@@ -36,7 +36,7 @@ PrSDKPPixSuite const ppix_suite{
         return allowed ? prSuiteError{suiteError_NoError} : failed;
     },
     [](PPixHand hand, prRect* bounds) -> prSuiteError {
-        // Part of the call: the rectangle comes in zeroed.
+        // The rectangle is to come in zeroed.
         bool const zeroed = !bounds->top && !bounds->left && !bounds->bottom && !bounds->right;
         log("GetBounds(", name_of(hand), zeroed ? "" : ", dirty", ")");
         *bounds = fake_picture::of(hand).bounds;
