@@ -20,7 +20,7 @@ namespace {
 constexpr auto same_here = std::to_array<std::string_view>({
     "__assert_rtn", "__cxa_atexit", "abort",  "calloc",    "fflush", "free",           "malloc", "memchr", "memcmp",
     "memcpy",       "memmove",      "memset", "nanosleep", "rand",   "realloc",        "strcat", "strcmp", "strcpy",
-    "strlen",       "strncmp",      "wcscat", "wcscpy",    "wcslen", "_Unwind_Resume", "bzero",
+    "strlen",       "strncmp",      "wcscat", "wcscpy",    "wcslen", "_Unwind_Resume", "truncf", "bzero",
 });
 
 std::mutex commands_mutex;
