@@ -12,10 +12,10 @@ struct weights_64
     int r_v, g_u, g_v, b_u;
 };
 template <bool matrix>
-constexpr weights_64 to_rgb_64 = {102, 25, 52, 128};
+inline constexpr weights_64 to_rgb_64 = {102, 25, 52, 128};
 // Green takes 53 of Cr, where the matrix alone would give 34, and blue takes the 128 of the other matrix.
 template <>
-constexpr weights_64 to_rgb_64<bt709> = {115, 14, 53, 128};
+inline constexpr weights_64 to_rgb_64<bt709> = {115, 14, 53, 128};
 
 // One channel in 256ths of a level, nothing counted from its zero: y Y + u Cb + v Cr + constant.
 struct weights_256
@@ -27,14 +27,14 @@ struct channels_256
     weights_256 r_scale, g_scale, b_scale;
 };
 template <bool matrix>
-constexpr channels_256 to_rgb_256 = {
+inline constexpr channels_256 to_rgb_256 = {
     {298, 0, 409, -223 * 255},
     {298, -99, -207, 136 * 255},
     {298, 517, 0, -277 * 255},
 };
 // Blue weighs luma with 299, one more than red and green.
 template <>
-constexpr channels_256 to_rgb_256<bt709> = {
+inline constexpr channels_256 to_rgb_256<bt709> = {
     {298, 0, 459, -248 * 255},
     {298, -54, -136, 77 * 255},
     {299, 541, 0, -289 * 255},

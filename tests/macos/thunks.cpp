@@ -1,0 +1,71 @@
+// Fills the slots of the generated jumps with the module's functions before any test runs.
+#include "tests/support/macho/image.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <string>
+
+#ifdef __x86_64__
+#include "tests/support/macho/system.h"
+#endif
+
+extern "C" {
+struct quillo_thunk
+{
+    char const* name;
+    void** slot;
+};
+extern quillo_thunk const quillo_thunks[];
+}
+
+namespace {
+
+[[noreturn]] void missing_import()
+{
+    std::fputs("a conversion function called an import that it has no business with\n", stderr);
+    std::abort();
+}
+
+// Conversions call next to nothing; whatever else the module imports stays unbound.
+void* import(std::string_view library, std::string_view symbol)
+{
+#ifdef __x86_64__
+    if (void* const found = quillo::macho::system_symbol(library, symbol))
+        return found;
+#else
+    (void)library;
+    static std::pair<std::string_view, void*> const known[] = {
+        {"_memcpy", reinterpret_cast<void*>(&std::memcpy)},
+        {"_memset", reinterpret_cast<void*>(&std::memset)},
+        {"_memmove", reinterpret_cast<void*>(&std::memmove)},
+        {"__Znwm", reinterpret_cast<void*>(static_cast<void* (*)(std::size_t)>(&operator new))},
+        {"__ZdlPv", reinterpret_cast<void*>(static_cast<void (*)(void*)>(&operator delete))},
+    };
+    for (auto const& [name, function] : known)
+        if (name == symbol)
+            return function;
+#endif
+    return reinterpret_cast<void*>(&missing_import);
+}
+
+struct filled
+{
+    filled()
+    try {
+        static quillo::macho::image const module(QUILLO_MACOS_MODULE, import);
+        for (auto const* each = quillo_thunks; each->name != nullptr; ++each) {
+            *each->slot = module.local("_" + std::string(each->name));
+            if (*each->slot == nullptr)
+                throw std::runtime_error(std::string(each->name) + " is not in the module");
+        }
+    } catch (std::exception const& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        std::exit(1);
+    }
+};
+
+// Before the tests' own objects, which may already convert.
+[[gnu::init_priority(101)]] filled const at_start;
+
+} // namespace
