@@ -25,20 +25,6 @@ std::vector<unsigned char> output_of(std::string const& command)
 
 } // namespace
 
-temporary_folder::temporary_folder()
-{
-    std::string name = (std::filesystem::temp_directory_path() / "quillo-clips-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr)
-        throw std::runtime_error("no temporary folder");
-    path = name;
-}
-
-temporary_folder::~temporary_folder()
-{
-    std::error_code ignored;
-    std::filesystem::remove_all(path, ignored);
-}
-
 void ffmpeg(std::string const& arguments) { output_of("ffmpeg -nostdin -v error -y " + arguments + " 2>&1"); }
 
 std::vector<unsigned char> decoded(std::filesystem::path const& clip, std::string const& pixel_format)

@@ -7,18 +7,6 @@
 
 namespace quillo::stand_in {
 
-// A folder that goes away again.
-class temporary_folder
-{
-  public:
-    temporary_folder();
-    temporary_folder(temporary_folder const&) = delete;
-    temporary_folder& operator=(temporary_folder const&) = delete;
-    ~temporary_folder();
-
-    std::filesystem::path path;
-};
-
 // Runs ffmpeg with the arguments; throws with its words where it fails.
 void ffmpeg(std::string const& arguments);
 

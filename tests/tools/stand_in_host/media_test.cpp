@@ -1,3 +1,4 @@
+#include "tests/support/temporary_folder.h"
 #include "tests/tools/stand_in_host/clips.h"
 #include "tools/stand_in_host/media/input_error.h"
 #include "tools/stand_in_host/media/media.h"
@@ -12,7 +13,7 @@
 namespace quillo::stand_in {
 namespace {
 
-using testing::HasSubstr;
+using ::testing::HasSubstr;
 
 // How a clip is made and what the host must find in it.
 struct clip_case
@@ -194,19 +195,19 @@ std::vector<unsigned char> expected(clip_case const& c, unsigned char const* fra
     return picture;
 }
 
-class Media : public testing::TestWithParam<clip_case>
+class Media : public ::testing::TestWithParam<clip_case>
 {
   protected:
     static void SetUpTestSuite()
     {
         gst_init(nullptr, nullptr);
-        folder = std::make_unique<temporary_folder>();
+        folder = std::make_unique<quillo::testing::temporary_folder>();
     }
     static void TearDownTestSuite() { folder.reset(); }
 
     static std::string make(std::string const& name, std::string const& arguments)
     {
-        std::string const path = folder->path / name;
+        std::string const path = folder->path() + "/" + name;
         ffmpeg(arguments + " " + path);
         return path;
     }
@@ -217,7 +218,7 @@ class Media : public testing::TestWithParam<clip_case>
                     "-f lavfi -i " + c.picture + " -t " + std::to_string(seconds_of(c) - 0.001) + " " + c.options);
     }
 
-    static inline std::unique_ptr<temporary_folder> folder;
+    static inline std::unique_ptr<quillo::testing::temporary_folder> folder;
 };
 
 std::vector<unsigned char> draw(source& clip, std::int64_t number, pixel_layout layout = pixel_layout::vuya)
@@ -269,7 +270,7 @@ TEST_P(Media, EveryFrameIsTheFilesOwn)
     EXPECT_EQ(wrong, 0) << "here and there";
 }
 
-INSTANTIATE_TEST_SUITE_P(Clips, Media, testing::ValuesIn(clip_cases()), [](auto const& c) { return c.param.name; });
+INSTANTIATE_TEST_SUITE_P(Clips, Media, ::testing::ValuesIn(clip_cases()), [](auto const& c) { return c.param.name; });
 
 class MediaColors : public Media
 {
@@ -282,7 +283,7 @@ TEST_F(MediaColors, FullRangeBecomesLimited)
         "full.mkv",
         "-f lavfi -i color=gray:s=16x8:r=25,format=yuvj420p,geq=lum=255:cb=128:cr=128 -t 0.2 -c:v ffv1" + bt709("pc"));
     auto const picture = draw(*open_media(path, false), 0);
-    EXPECT_THAT(std::vector<int>(picture.begin(), picture.begin() + 4), testing::ElementsAre(128, 128, 235, 255));
+    EXPECT_THAT(std::vector<int>(picture.begin(), picture.begin() + 4), ::testing::ElementsAre(128, 128, 235, 255));
 }
 
 TEST_F(MediaColors, RgbBecomesBt709)
@@ -291,16 +292,16 @@ TEST_F(MediaColors, RgbBecomesBt709)
     auto const clip = open_media(path, false);
     EXPECT_EQ(clip->video().natural, pixel_layout::bgra);
     auto const vuya = draw(*clip, 0);
-    EXPECT_THAT(std::vector<int>(vuya.begin(), vuya.begin() + 4), testing::ElementsAre(26, 42, 173, 255));
+    EXPECT_THAT(std::vector<int>(vuya.begin(), vuya.begin() + 4), ::testing::ElementsAre(26, 42, 173, 255));
     auto const bgra = draw(*clip, 0, pixel_layout::bgra);
-    EXPECT_THAT(std::vector<int>(bgra.begin(), bgra.begin() + 4), testing::ElementsAre(0, 255, 0, 255));
+    EXPECT_THAT(std::vector<int>(bgra.begin(), bgra.begin() + 4), ::testing::ElementsAre(0, 255, 0, 255));
 }
 
 TEST_F(MediaColors, AlphaIsKept)
 {
     auto const path = make("alpha.mov", "-f lavfi -i color=0xFF000080:s=16x8:r=25,format=argb -t 0.2 -c:v qtrle");
     auto const bgra = draw(*open_media(path, false), 0, pixel_layout::bgra);
-    EXPECT_THAT(std::vector<int>(bgra.begin(), bgra.begin() + 4), testing::ElementsAre(0, 0, 255, 128));
+    EXPECT_THAT(std::vector<int>(bgra.begin(), bgra.begin() + 4), ::testing::ElementsAre(0, 0, 255, 128));
 }
 
 TEST_F(MediaColors, TenBitsAreRounded)
@@ -310,14 +311,14 @@ TEST_F(MediaColors, TenBitsAreRounded)
                                            bt709());
     auto const picture = draw(*open_media(path, false), 0);
     // 603/4 = 150.75, 514/4 = 128.5, 509/4 = 127.25
-    EXPECT_THAT(std::vector<int>(picture.begin(), picture.begin() + 4), testing::ElementsAre(127, 129, 151, 255));
+    EXPECT_THAT(std::vector<int>(picture.begin(), picture.begin() + 4), ::testing::ElementsAre(127, 129, 151, 255));
 }
 
 TEST_F(MediaColors, TurnedPicturesStandUpright)
 {
     auto const plain =
         make("plain.mp4", "-f lavfi -i testsrc2=s=64x36:r=25 -t 0.4 -c:v libx264 -pix_fmt yuv420p" + bt709());
-    std::string const path = folder->path / "turned.mp4";
+    std::string const path = folder->path() + "/" + "turned.mp4";
     ffmpeg("-i " + plain + " -c copy -metadata:s:v rotate=90 " + path);
     auto const clip = open_media(path, false);
     EXPECT_EQ(clip->video().width, 36);
@@ -342,7 +343,7 @@ TEST_F(MediaSound, FiveOneComesChannelByChannel)
     EXPECT_EQ(clip->audio()->channels, 6);
     auto const labels = clip->audio()->labels;
     EXPECT_THAT(std::vector<int>(labels.begin(), labels.begin() + 6),
-                testing::ElementsAre(100, 101, 102, 103, 104, 105));
+                ::testing::ElementsAre(100, 101, 102, 103, 104, 105));
 
     auto const wanted = decoded_sound(path);
     auto expect_block = [&](std::int64_t first) {
@@ -412,17 +413,17 @@ class MediaErrors : public Media
 
 TEST_F(MediaErrors, AreOneLineAndSayWhy)
 {
-    auto const missing = error_of((folder->path / "none.mp4").string());
+    auto const missing = error_of(folder->path() + "/none.mp4");
     EXPECT_EQ(missing.why, input_error::reason::unreadable);
     EXPECT_THAT(missing.what(), HasSubstr("No such file or directory"));
 
-    std::ofstream(folder->path / "text.mp4") << "just words\n";
-    auto const text = error_of((folder->path / "text.mp4").string());
+    std::ofstream(folder->path() + "/" + "text.mp4") << "just words\n";
+    auto const text = error_of(folder->path() + "/text.mp4");
     EXPECT_EQ(text.why, input_error::reason::unreadable);
     EXPECT_THAT(text.what(), HasSubstr("text.mp4: "));
-    EXPECT_THAT(text.what(), testing::Not(HasSubstr("\n")));
+    EXPECT_THAT(text.what(), ::testing::Not(HasSubstr("\n")));
 
-    EXPECT_THAT(error_of(folder->path.string()).what(), HasSubstr("it is a folder"));
+    EXPECT_THAT(error_of(folder->path()).what(), HasSubstr("it is a folder"));
     EXPECT_EQ(error_of("nonsense://nowhere").why, input_error::reason::unreadable);
 
     auto const sound = make("sound.m4a", "-f lavfi -i sine=440:d=0.3 -c:a aac");

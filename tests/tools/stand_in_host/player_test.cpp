@@ -6,8 +6,8 @@
 namespace quillo::stand_in {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
 
 class Player : public TestHost
 {
@@ -149,7 +149,7 @@ TEST_F(Player, NoCommonFormatIsAFailure)
     auto const clip = make_pattern(small_pattern());
     told->behaviour.formats = {PrPixelFormat_ARGB_4444_8u};
     EXPECT_THROW(play(*clip, frames(1)), module_failure);
-    EXPECT_THAT(told->record.calls, testing::Not(testing::Contains("Activate")));
+    EXPECT_THAT(told->record.calls, ::testing::Not(::testing::Contains("Activate")));
     EXPECT_EQ(told->record.calls.back(), "unload");
 }
 
@@ -248,7 +248,7 @@ TEST_F(Player, ChangesSpeedByAStartWithoutAStop)
     };
     play(*clip, frames(10), [&](player& p) { transport = &p; });
     EXPECT_THAT(told->record.calls,
-                testing::IsSupersetOf({"StartPlaybackClock", "StartPlaybackClock", "StopPlaybackClock"}));
+                ::testing::IsSupersetOf({"StartPlaybackClock", "StartPlaybackClock", "StopPlaybackClock"}));
     ASSERT_EQ(told->record.clocks.size(), 2u);
     EXPECT_EQ(float{told->record.clocks[1].inSpeed}, 2.0f);
     EXPECT_NE(static_cast<void*>(told->record.clocks[0].inCallbackContext),
@@ -310,7 +310,7 @@ TEST_F(Player, PullsTheClipsSound)
     EXPECT_NEAR(peak, 0.5, 0.01);
     EXPECT_EQ(figures.audio.underruns, 0);
     EXPECT_EQ(figures.audio.blocks, samples / 480);
-    EXPECT_THAT(told->record.audio_errors, testing::Each(suiteError_NoError));
+    EXPECT_THAT(told->record.audio_errors, ::testing::Each(suiteError_NoError));
 }
 
 TEST_F(Player, WithoutSoundTheInstanceHasNone)
@@ -393,7 +393,7 @@ TEST_F(Player, AStandingClockIsAFailure)
     EXPECT_EQ(told->record.calls.back(), "unload");
 }
 
-class PlayerThrown : public Player, public testing::WithParamInterface<char const*>
+class PlayerThrown : public Player, public ::testing::WithParamInterface<char const*>
 {
 };
 
@@ -412,8 +412,8 @@ TEST_P(PlayerThrown, ExceptionsAreReportedAndTheModuleIsPutAway)
 }
 
 INSTANTIATE_TEST_SUITE_P(In, PlayerThrown,
-                         testing::Values("Startup", "CreateInstance", "QueryVideoMode", "StartPlaybackClock",
-                                         "PushVideo"),
+                         ::testing::Values("Startup", "CreateInstance", "QueryVideoMode", "StartPlaybackClock",
+                                           "PushVideo"),
                          [](auto const& where) { return std::string(where.param); });
 
 } // namespace

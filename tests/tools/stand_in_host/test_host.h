@@ -12,7 +12,7 @@
 namespace quillo::stand_in {
 
 // Loaded fresh for every test.
-class TestHost : public testing::Test
+class TestHost : public ::testing::Test
 {
   protected:
     void SetUp() override
