@@ -43,13 +43,20 @@ void y_u_v_422(unsigned char const* src, int src_stride, unsigned char* y, int y
          plane{v, v_stride, width / 2});
 }
 
+// The lower line of each two gives its luma only.
 void y_uv_420(unsigned char const* src, int src_stride, unsigned char* y, int y_stride, unsigned char* uv,
               int uv_stride, int width, int height)
 {
-    walk(width, height / 2,
-         by_alignment<line::split_y_uv_420>(is_aligned(src, src_stride), is_aligned(y, y_stride, uv, uv_stride)),
-         upper(src, src_stride, width * 2ll), lower(src, src_stride, width * 2ll), upper(y, y_stride, width),
-         lower(y, y_stride, width), plane{uv, uv_stride, width});
+    auto const src_aligned = is_aligned(src, src_stride), dst_aligned = is_aligned(y, y_stride, uv, uv_stride);
+    auto const two_lines = [split = by_alignment<line::split_y_uv>(src_aligned, dst_aligned),
+                            luma = by_alignment<line::take_luma, false>(src_aligned, dst_aligned)](
+                               unsigned char const* above, unsigned char const* below, unsigned char* y_above,
+                               unsigned char* y_below, unsigned char* chroma, int count, line::access how) {
+        split(above, y_above, chroma, count, how);
+        luma(below, y_below, count, how);
+    };
+    walk(width, height / 2, two_lines, upper(src, src_stride, width * 2ll), lower(src, src_stride, width * 2ll),
+         upper(y, y_stride, width), lower(y, y_stride, width), plane{uv, uv_stride, width});
     if (height % 2 == 1)
         y_uv_422(last(src, src_stride, height), src_stride, last(y, y_stride, height), y_stride,
                  last(uv, uv_stride, (height + 1) / 2), uv_stride, width, 1);
@@ -58,10 +65,19 @@ void y_uv_420(unsigned char const* src, int src_stride, unsigned char* y, int y_
 void y_u_v_420(unsigned char const* src, int src_stride, unsigned char* y, int y_stride, unsigned char* u, int u_stride,
                unsigned char* v, int v_stride, int width, int height)
 {
-    bool const dst_aligned = is_aligned(y, y_stride, u, u_stride) && is_aligned(v, v_stride);
-    walk(width, height / 2, by_alignment<line::split_y_u_v_420>(is_aligned(src, src_stride), dst_aligned),
-         upper(src, src_stride, width * 2ll), lower(src, src_stride, width * 2ll), upper(y, y_stride, width),
-         lower(y, y_stride, width), plane{u, u_stride, width / 2}, plane{v, v_stride, width / 2});
+    auto const src_aligned = is_aligned(src, src_stride);
+    auto const dst_aligned = is_aligned(y, y_stride, u, u_stride) && is_aligned(v, v_stride);
+    auto const two_lines = [split = by_alignment<line::split_y_u_v>(src_aligned, dst_aligned),
+                            luma = by_alignment<line::take_luma, false>(src_aligned, dst_aligned)](
+                               unsigned char const* above, unsigned char const* below, unsigned char* y_above,
+                               unsigned char* y_below, unsigned char* u_line, unsigned char* v_line, int count,
+                               line::access how) {
+        split(above, y_above, u_line, v_line, count, how);
+        luma(below, y_below, count, how);
+    };
+    walk(width, height / 2, two_lines, upper(src, src_stride, width * 2ll), lower(src, src_stride, width * 2ll),
+         upper(y, y_stride, width), lower(y, y_stride, width), plane{u, u_stride, width / 2},
+         plane{v, v_stride, width / 2});
     if (height % 2 == 1)
         y_u_v_422(last(src, src_stride, height), src_stride, last(y, y_stride, height), y_stride,
                   last(u, u_stride, (height + 1) / 2), u_stride, last(v, v_stride, (height + 1) / 2), v_stride, width,

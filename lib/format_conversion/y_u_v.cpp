@@ -28,11 +28,15 @@ void y_uv_to422(unsigned char const* y, int y_stride, unsigned char const* u, in
 {
     int const samples = width / 2;
     y::y(y, y_stride, dst_y, dst_y_stride, width, height);
-    walk(
-        samples * 2, height / 2,
-        by_alignment<line::merge_chroma_twice>(is_aligned(u, u_stride, v, v_stride), is_aligned(dst_uv, dst_uv_stride)),
-        plane{u, u_stride, samples}, plane{v, v_stride, samples}, upper(dst_uv, dst_uv_stride, samples * 2ll),
-        lower(dst_uv, dst_uv_stride, samples * 2ll));
+    auto const twice = [merge = by_alignment<line::merge_chroma>(is_aligned(u, u_stride, v, v_stride),
+                                                                 is_aligned(dst_uv, dst_uv_stride))](
+                           unsigned char const* u_line, unsigned char const* v_line, unsigned char* above,
+                           unsigned char* below, int count, line::access how) {
+        merge(u_line, v_line, above, count, how);
+        merge(u_line, v_line, below, count, how);
+    };
+    walk(samples * 2, height / 2, twice, plane{u, u_stride, samples}, plane{v, v_stride, samples},
+         upper(dst_uv, dst_uv_stride, samples * 2ll), lower(dst_uv, dst_uv_stride, samples * 2ll));
 }
 } // namespace y_u_v
 

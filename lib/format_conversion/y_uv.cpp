@@ -3,7 +3,7 @@
 #include "lib/format_conversion/alignment.h"
 #include "lib/format_conversion/detail/by_alignment.h"
 #include "lib/format_conversion/detail/picture_walk.h"
-#include "lib/format_conversion/line/chroma_merge.h"
+#include "lib/format_conversion/line/copy.h"
 #include "lib/format_conversion/y.h"
 
 namespace Processing::FXlib::format_conversion {
@@ -22,9 +22,14 @@ void y_uv_to422(unsigned char const* y, int y_stride, unsigned char const* uv, i
                 int dst_y_stride, unsigned char* dst_uv, int dst_uv_stride, int width, int height)
 {
     y::y(y, y_stride, dst_y, dst_y_stride, width, height);
-    walk(width, height / 2,
-         by_alignment<line::copy_chroma_twice>(is_aligned(uv, uv_stride), is_aligned(dst_uv, dst_uv_stride)),
-         plane{uv, uv_stride, width}, upper(dst_uv, dst_uv_stride, width), lower(dst_uv, dst_uv_stride, width));
+    auto const twice =
+        [copy = by_alignment<line::copy_bytes>(is_aligned(uv, uv_stride), is_aligned(dst_uv, dst_uv_stride))](
+            unsigned char const* from, unsigned char* above, unsigned char* below, int count, line::access how) {
+            copy(from, above, count, how);
+            copy(from, below, count, how);
+        };
+    walk(width, height / 2, twice, plane{uv, uv_stride, width}, upper(dst_uv, dst_uv_stride, width),
+         lower(dst_uv, dst_uv_stride, width));
 }
 } // namespace y_uv
 

@@ -73,7 +73,7 @@ inline long long whole_pairs(int width) { return (width + 1ll) / 2 * 4; }
 
 // Targets of this many bytes together do not stay in the caches until they are read, so their lines are not fetched
 // either. A 1080p pair of buffers still fits.
-inline constexpr long long streaming_bytes = 12ll << 20;
+inline constexpr long long streaming_bytes = 12'000'000;
 
 template <class First, class... Rest>
 int first_stride(plane<First> first, plane<Rest>...)

@@ -1,4 +1,4 @@
-// Lines of chroma for an even count of pixels: interleaving, and the same line twice, read once.
+// A line of U and a line of V interleaved, for an even count of pixels.
 #pragma once
 
 #include "lib/format_conversion/detail/processor.h"
@@ -11,21 +11,6 @@ struct merge_chroma
     static constexpr auto widest = detail::processor::avx2;
     template <detail::processor p, bool src_aligned, bool dst_aligned>
     static void run(unsigned char const* u, unsigned char const* v, unsigned char* uv, int count, access how);
-};
-
-struct merge_chroma_twice
-{
-    static constexpr auto widest = detail::processor::avx2;
-    template <detail::processor p, bool src_aligned, bool dst_aligned>
-    static void run(unsigned char const* u, unsigned char const* v, unsigned char* uv, unsigned char* uv_below,
-                    int count, access how);
-};
-
-struct copy_chroma_twice
-{
-    static constexpr auto widest = detail::processor::avx2;
-    template <detail::processor p, bool src_aligned, bool dst_aligned>
-    static void run(unsigned char const* uv, unsigned char* to, unsigned char* below, int count, access how);
 };
 
 } // namespace Processing::FXlib::format_conversion::line

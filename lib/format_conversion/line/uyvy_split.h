@@ -22,21 +22,4 @@ struct split_y_u_v
                     access how);
 };
 
-// Two lines at once, the chroma of the lower one dropped.
-struct split_y_uv_420
-{
-    static constexpr auto widest = detail::processor::avx2;
-    template <detail::processor p, bool src_aligned, bool dst_aligned>
-    static void run(unsigned char const* src, unsigned char const* below, unsigned char* y, unsigned char* y_below,
-                    unsigned char* uv, int count, access how);
-};
-
-struct split_y_u_v_420
-{
-    static constexpr auto widest = detail::processor::avx2;
-    template <detail::processor p, bool src_aligned, bool dst_aligned>
-    static void run(unsigned char const* src, unsigned char const* below, unsigned char* y, unsigned char* y_below,
-                    unsigned char* u, unsigned char* v, int count, access how);
-};
-
 } // namespace Processing::FXlib::format_conversion::line

@@ -10,6 +10,7 @@
 #include "lib/format_conversion/line/access.h"
 
 #include <cstddef>
+#include <cstdint>
 
 #if defined(__SSSE3__)
 #include <immintrin.h>
@@ -54,6 +55,13 @@ struct vec_pair
 {
     V first, second;
 };
+
+// Streamed stores are promised no more than sixteen-byte alignment. Whole vectors are faster where they fit.
+template <processor p>
+QUILLO_INLINE inline bool is_multiple(void const* address, std::uintptr_t of)
+{
+    return reinterpret_cast<std::uintptr_t>(address) % of == 0;
+}
 
 // Operations that differ between the widths in nothing but the prefix.
 // clang-format off
@@ -113,6 +121,8 @@ struct vec<p, 1>
 
     QUILLO_INLINE static vec zero() { return {_mm_setzero_si128()}; }
     QUILLO_INLINE static vec ones() { return {_mm_set1_epi8(-1)}; }
+
+    QUILLO_INLINE static vec of_bytes(unsigned char value) { return {_mm_set1_epi8(static_cast<char>(value))}; }
 
     // The same 16 bytes in every lane.
     template <class T>
@@ -216,6 +226,7 @@ struct vec<p, 2>
 
     QUILLO_INLINE static vec zero() { return {_mm256_setzero_si256()}; }
     QUILLO_INLINE static vec ones() { return {_mm256_set1_epi8(-1)}; }
+    QUILLO_INLINE static vec of_bytes(unsigned char value) { return {_mm256_set1_epi8(static_cast<char>(value))}; }
 
     template <class T>
     QUILLO_INLINE static vec repeat(lane<T> const& bytes)
@@ -242,10 +253,13 @@ struct vec<p, 2>
     {
         auto* const at = static_cast<__m256i*>(to);
         if constexpr (streaming) {
-            // Sixteen bytes a store: that is all the alignment there is.
-            auto* const half = static_cast<__m128i*>(to);
-            _mm_stream_si128(half, _mm256_castsi256_si128(v));
-            _mm_stream_si128(half + 1, _mm256_extracti128_si256(v, 1));
+            if (is_multiple<p>(to, 32)) {
+                _mm256_stream_si256(at, v);
+            } else {
+                auto* const half = static_cast<__m128i*>(to);
+                _mm_stream_si128(half, _mm256_castsi256_si128(v));
+                _mm_stream_si128(half + 1, _mm256_extracti128_si256(v, 1));
+            }
         } else {
             _mm256_storeu_si256(at, v);
         }
@@ -334,6 +348,7 @@ struct vec<p, 4>
 
     QUILLO_INLINE static vec zero() { return {_mm512_setzero_si512()}; }
     QUILLO_INLINE static vec ones() { return {_mm512_set1_epi8(-1)}; }
+    QUILLO_INLINE static vec of_bytes(unsigned char value) { return {_mm512_set1_epi8(static_cast<char>(value))}; }
 
     template <class T>
     QUILLO_INLINE static vec repeat(lane<T> const& bytes)
@@ -359,9 +374,13 @@ struct vec<p, 4>
     QUILLO_INLINE void store(void* to) const
     {
         if constexpr (streaming) {
-            vec<p, 2> const low{_mm512_castsi512_si256(v)}, high{_mm512_extracti64x4_epi64(v, 1)};
-            low.template store<false, true>(to);
-            high.template store<false, true>(static_cast<unsigned char*>(to) + 32);
+            if (is_multiple<p>(to, 64)) {
+                _mm512_stream_si512(static_cast<__m512i*>(to), v);
+            } else {
+                vec<p, 2> const low{_mm512_castsi512_si256(v)}, high{_mm512_extracti64x4_epi64(v, 1)};
+                low.template store<false, true>(to);
+                high.template store<false, true>(static_cast<unsigned char*>(to) + 32);
+            }
         } else {
             _mm512_storeu_si512(to, v);
         }
@@ -448,7 +467,8 @@ constexpr int lanes_of = p == processor::avx512 ? 4
 template <processor p>
 using widest_vec = vec<p, lanes_of<p>>;
 
-// Fetches the cache lines of so many bytes.
+// Fetches the cache lines of so many bytes. Pays with several sources or targets and before streamed stores; between
+// one source and one target of ordinary stores the processor reads ahead better by itself.
 template <processor p, int bytes>
 QUILLO_INLINE inline void prefetch(void const* at)
 {

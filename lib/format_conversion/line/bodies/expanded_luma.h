@@ -18,6 +18,10 @@ QUILLO_INLINE inline V expanded_luma(V uyvy)
 }
 
 // In 256ths of a level, not limited.
-constexpr int expanded_luma_256(int y) { return 301 * (y - 17); }
+template <processor p>
+constexpr int expanded_luma_256(int y)
+{
+    return 301 * (y - 17);
+}
 
 } // namespace Processing::FXlib::format_conversion::line

@@ -24,10 +24,8 @@ void fill_black::run(unsigned char* dst, int count, access how)
 template <processor p, bool src_aligned, bool dst_aligned>
 void fill_bytes::run(unsigned char* dst, unsigned char value, unsigned char rest, int count, access how)
 {
-    lane<unsigned char> const values{value};
-
     auto i = blocks<p, 32>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        auto const fill = V::repeat(values);
+        auto const fill = V::of_bytes(value);
         fill.template store<dst_aligned, streaming>(dst + at);
         fill.template store<dst_aligned, streaming>(dst + at + 16 * V::lanes);
     });

@@ -15,7 +15,8 @@ void spread_grey::run(unsigned char const* src, unsigned char* dst, int count, a
     static constexpr lane<unsigned> mask_alpha{0xFF000000};
 
     auto i = blocks<p, 16>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        prefetch<p, 16 * V::lanes>(src + at + how.ahead);
+        if constexpr (streaming)
+            prefetch<p, 16 * V::lanes>(src + at + how.ahead);
         auto const grey = V::template load<src_aligned>(src + at);
         auto const four = [&](lane<unsigned char> const& which) {
             return shuffle(grey, V::repeat(which)) | V::repeat(mask_alpha);

@@ -45,7 +45,7 @@ struct rgb_bytes
 };
 
 // One pixel behind the last whole block: luma takes nothing from the chroma here, and nothing wraps.
-template <bool matrix>
+template <processor p, bool matrix>
 rgb_bytes rgb_64(int y, int u, int v)
 {
     constexpr auto weights = detail::to_rgb_64<matrix>;

@@ -12,7 +12,8 @@ void take_luma::run(unsigned char const* src, unsigned char* dst, int count, acc
     auto i = blocks<p, 32>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
         for (int half = 0; half < 2; ++half) {
             auto const from = at + half * 16 * V::lanes;
-            prefetch<p, 32 * V::lanes>(src + from * 2 + how.ahead);
+            if constexpr (streaming)
+                prefetch<p, 32 * V::lanes>(src + from * 2 + how.ahead);
             auto const luma = [&](std::ptrdiff_t of) {
                 auto const uyvy = V::template load<src_aligned>(src + of * 2);
                 return expand ? expanded_luma(uyvy) : shift_right_u16(uyvy, by<8>);
@@ -24,7 +25,7 @@ void take_luma::run(unsigned char const* src, unsigned char* dst, int count, acc
     for (; i < count; ++i) {
         int const y = src[i * 2 + 1];
         // Unshifted behind the last whole block: 18 and above is white there.
-        dst[i] = static_cast<unsigned char>(expand ? std::clamp(expanded_luma_256(y), 0, 255) : y);
+        dst[i] = static_cast<unsigned char>(expand ? std::clamp(expanded_luma_256<p>(y), 0, 255) : y);
     }
 }
 

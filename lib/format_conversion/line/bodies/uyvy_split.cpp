@@ -68,61 +68,10 @@ void split_y_u_v::run(unsigned char const* src, unsigned char* y, unsigned char*
     }
 }
 
-template <processor p, bool src_aligned, bool dst_aligned>
-void split_y_uv_420::run(unsigned char const* src, unsigned char const* below, unsigned char* y, unsigned char* y_below,
-                         unsigned char* uv, int count, access how)
-{
-    auto i = blocks<p, 16>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        prefetch<p, 32 * V::lanes>(src + at * 2 + how.ahead);
-        auto const src_pixels = load_two<src_aligned, V>(src + at * 2);
-        high_bytes(src_pixels).template store<dst_aligned, streaming>(y + at);
-        prefetch<p, 32 * V::lanes>(below + at * 2 + how.ahead);
-        auto const below_pixels = load_two<src_aligned, V>(below + at * 2);
-        high_bytes(below_pixels).template store<dst_aligned, streaming>(y_below + at);
-        low_bytes(src_pixels).template store<dst_aligned, streaming>(uv + at);
-    });
-    for (; i < count; ++i) {
-        y[i] = src[i * 2 + 1];
-        y_below[i] = below[i * 2 + 1];
-        uv[i] = src[i * 2];
-    }
-}
-
-template <processor p, bool src_aligned, bool dst_aligned>
-void split_y_u_v_420::run(unsigned char const* src, unsigned char const* below, unsigned char* y,
-                          unsigned char* y_below, unsigned char* u, unsigned char* v, int count, access how)
-{
-    auto i = blocks<p, 32>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        V chroma[2];
-        for (int half = 0; half < 2; ++half) {
-            auto const from = at + half * 16 * V::lanes;
-            prefetch<p, 32 * V::lanes>(src + from * 2 + how.ahead);
-            auto const src_pixels = load_two<src_aligned, V>(src + from * 2);
-            high_bytes(src_pixels).template store<dst_aligned, streaming>(y + from);
-            prefetch<p, 32 * V::lanes>(below + from * 2 + how.ahead);
-            auto const below_pixels = load_two<src_aligned, V>(below + from * 2);
-            high_bytes(below_pixels).template store<dst_aligned, streaming>(y_below + from);
-            chroma[half] = low_bytes(src_pixels);
-        }
-        low_bytes<V>({chroma[0], chroma[1]}).template store<dst_aligned, streaming>(u + at / 2);
-        high_bytes<V>({chroma[0], chroma[1]}).template store<dst_aligned, streaming>(v + at / 2);
-    });
-    for (; i < count; ++i) {
-        y[i] = src[i * 2 + 1];
-        y_below[i] = below[i * 2 + 1];
-        if (i % 2 == 1) {
-            u[i / 2] = src[i * 2 - 2];
-            v[i / 2] = src[i * 2];
-        }
-    }
-}
-
 // clang-format off
 #define BODY(...) \
     template void split_y_uv::run<here, __VA_ARGS__>(unsigned char const*, unsigned char*, unsigned char*, int, access); \
-    template void split_y_u_v::run<here, __VA_ARGS__>(unsigned char const*, unsigned char*, unsigned char*, unsigned char*, int, access); \
-    template void split_y_uv_420::run<here, __VA_ARGS__>(unsigned char const*, unsigned char const*, unsigned char*, unsigned char*, unsigned char*, int, access); \
-    template void split_y_u_v_420::run<here, __VA_ARGS__>(unsigned char const*, unsigned char const*, unsigned char*, unsigned char*, unsigned char*, unsigned char*, int, access);
+    template void split_y_u_v::run<here, __VA_ARGS__>(unsigned char const*, unsigned char*, unsigned char*, unsigned char*, int, access);
 QUILLO_BODIES(0, BODY)
 #undef BODY
 // clang-format on

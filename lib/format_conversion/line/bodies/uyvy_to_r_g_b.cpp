@@ -20,7 +20,7 @@ void uyvy_to_planes::run(unsigned char const* src, unsigned char* r, unsigned ch
 
     for (; i + 2 <= count; i += 2)
         for (auto at = i; at < i + 2; ++at) {
-            auto const pixel = rgb_64<matrix>(src[at * 2 + 1], src[i * 2], src[i * 2 + 2]);
+            auto const pixel = rgb_64<p, matrix>(src[at * 2 + 1], src[i * 2], src[i * 2 + 2]);
             r[at] = pixel.r;
             g[at] = pixel.g;
             b[at] = pixel.b;

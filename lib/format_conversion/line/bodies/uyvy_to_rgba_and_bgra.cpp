@@ -12,6 +12,7 @@ namespace {
 // Where the alphas of a block come from, as vectors of eight 16-bit values a lane and one by one.
 struct always_255
 {
+    static constexpr bool is_plane = false;
     template <class V>
     QUILLO_INLINE V words(std::ptrdiff_t, std::ptrdiff_t) const
     {
@@ -24,6 +25,7 @@ struct always_255
 template <processor p>
 struct alpha_plane
 {
+    static constexpr bool is_plane = true;
     unsigned char const* first;
 
     template <class V>
@@ -41,7 +43,8 @@ QUILLO_INLINE inline void four_bytes(unsigned char const* src, Alpha alpha, unsi
     auto const in_order = [](auto r, auto b) { return order == rgba_order ? std::pair{r, b} : std::pair{b, r}; };
 
     auto i = blocks<p, 8>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        prefetch<p, 16 * V::lanes>(src + at * 2 + how.ahead);
+        if constexpr (Alpha::is_plane || streaming)
+            prefetch<p, 16 * V::lanes>(src + at * 2 + how.ahead);
         auto const [r, g, b] = rgb_64<matrix>(V::template load<src_aligned>(src + at * 2));
         auto const [first, third] = in_order(r, b);
         auto const first_third = pack_u8(first, third);
@@ -52,7 +55,7 @@ QUILLO_INLINE inline void four_bytes(unsigned char const* src, Alpha alpha, unsi
 
     for (; i + 2 <= count; i += 2)
         for (auto at = i; at < i + 2; ++at) {
-            auto const [r, g, b] = rgb_64<matrix>(src[at * 2 + 1], src[i * 2], src[i * 2 + 2]);
+            auto const [r, g, b] = rgb_64<p, matrix>(src[at * 2 + 1], src[i * 2], src[i * 2 + 2]);
             auto const [first, third] = in_order(r, b);
             unsigned char const pixel[] = {first, g, third, alpha[at]};
             std::copy_n(pixel, 4, dst + at * 4);

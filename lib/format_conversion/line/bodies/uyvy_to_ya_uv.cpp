@@ -28,7 +28,7 @@ struct key_image
     unsigned char operator[](std::ptrdiff_t i) const
     {
         int const y = key[i * 2 + 1];
-        return static_cast<unsigned char>(expand ? std::clamp(expanded_luma_256(y) >> 8, 0, 255) : y);
+        return static_cast<unsigned char>(expand ? std::clamp(expanded_luma_256<p>(y) >> 8, 0, 255) : y);
     }
 };
 
