@@ -6,17 +6,17 @@ namespace quillo::open {
 
 mailbox::mailbox(std::function<void()> on_work) : wake(std::move(on_work)) {}
 
-void mailbox::take_back(steady::time_point patience)
+void mailbox::take_back()
 {
     std::unique_lock guard{lock};
-    take_back(guard, patience);
+    take_back(guard);
 }
 
-void mailbox::take_back(std::unique_lock<std::mutex>& guard, steady::time_point patience)
+void mailbox::take_back(std::unique_lock<std::mutex>& guard)
 {
     auto const waits_for_pick_up = [&] { return held && held_stage == stage::fresh && wants_video && attentive; };
     if (waits_for_pick_up())
-        moved_on.wait_until(guard, patience, [&] { return !waits_for_pick_up(); });
+        moved_on.wait_until(guard, held_pick_up_by, [&] { return !waits_for_pick_up(); });
     moved_on.wait(guard, [&] { return !held || held_stage != stage::copying; });
     if (!held)
         return;
@@ -30,12 +30,14 @@ void mailbox::take_back(std::unique_lock<std::mutex>& guard, steady::time_point 
     held.reset();
 }
 
-void mailbox::hold(picture const& what, std::int64_t timecode_100ns, std::int64_t sent_ns)
+void mailbox::hold(picture const& what, std::int64_t timecode_100ns, std::int64_t sent_ns,
+                   steady::time_point pick_up_by)
 {
     std::unique_lock guard{lock};
-    take_back(guard, steady::now());
+    take_back(guard);
     held = {what, timecode_100ns, sent_ns, counts.video_sends++};
     held_stage = stage::fresh;
+    held_pick_up_by = pick_up_by;
     held_before_watching = !wants_video;
 
     bool const new_format = seen.video != what.format;

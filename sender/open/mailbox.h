@@ -34,12 +34,12 @@ class mailbox
 
     // ---- the host's threads ----
 
-    // Takes back the picture held, after which nobody reads it. One that waits for an attentive hand-over thread gets
-    // until patience to be picked up. Without a picture it returns at once.
-    void take_back(steady::time_point patience);
+    // Takes back the picture held, after which nobody reads it. Without a picture it returns at once.
+    void take_back();
 
     // Holds a picture until it is taken back. One that another thread's video call left in between is taken back first.
-    void hold(picture const&, std::int64_t timecode_100ns, std::int64_t sent_ns);
+    // An attentive hand-over thread gets until pick_up_by to pick it up: until then a take_back waits for that.
+    void hold(picture const&, std::int64_t timecode_100ns, std::int64_t sent_ns, steady::time_point pick_up_by);
 
     // Whether a picture is held: only then a video call waits.
     bool holds() const;
@@ -104,7 +104,7 @@ class mailbox
         done
     };
 
-    void take_back(std::unique_lock<std::mutex>&, steady::time_point patience);
+    void take_back(std::unique_lock<std::mutex>&);
     template <class Line>
     void note_refusal(unsigned reason, Line const&);
     void wake_if_asked();
@@ -116,6 +116,7 @@ class mailbox
     // all of it guarded by lock
     std::optional<held_picture> held;
     stage held_stage = stage::done;
+    steady::time_point held_pick_up_by;
     bool held_before_watching = false;
     bool attentive = false;
     bool wants_video = false;

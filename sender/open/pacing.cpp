@@ -40,23 +40,38 @@ audio_clock::block audio_clock::next(steady::time_point now, int rate, int sampl
 
 bool video_clock::frame(steady::time_point now, std::int32_t n, std::int32_t d)
 {
-    if (n == rate_n && d == rate_d) {
-        line.advance(d);
-        // At less than a frame a second the calls wait shorter than the frames last, and would fall behind for ever.
-        if (line.at() - now > 2 * period())
-            line.start(now + period(), n);
-        if (now - line.at() <= 2 * period())
-            return false;
-        line.start(now, n);
-        return true;
+    last_frame = now;
+    if (n != rate_n || d != rate_d) {
+        rate_n = n;
+        rate_d = d;
+        start(now);
+        return false;
     }
-    rate_n = n;
-    rate_d = d;
-    line.start(now, n);
-    return false;
+    line.advance(d);
+    // At less than a frame a second the calls wait shorter than the frames last, and would fall behind for ever.
+    if (line.at() - now > 2 * period())
+        start(now + period());
+    bool const late = now - line.at() > 2 * period();
+    if (late)
+        start(now);
+    return late;
 }
 
-steady::time_point video_clock::wait_until(steady::time_point now) const { return std::min(line.at(), now + period()); }
+void video_clock::start(steady::time_point at)
+{
+    line.start(at, rate_n);
+    may_move = 2 * period();
+}
+
+steady::time_point video_clock::wait_until(steady::time_point now)
+{
+    auto const early = line.at() - now;
+    if (early > steady::duration{} && early <= may_move && now - last_frame > period() / 8) {
+        line.move_earlier(early);
+        may_move -= early;
+    }
+    return std::min(line.at(), now + period());
+}
 
 steady::duration video_clock::period() const
 {

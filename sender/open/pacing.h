@@ -17,6 +17,7 @@ class timeline
     void start(steady::time_point at, std::int64_t per_second);
     // units / per_second seconds further; units from 0 to 2^32.
     void advance(std::int64_t units);
+    void move_earlier(steady::duration by) { whole -= by; }
     steady::time_point at() const;
 
   private:
@@ -54,15 +55,22 @@ class video_clock
     bool frame(steady::time_point now, std::int32_t n, std::int32_t d);
 
     // Until when a call at now waits for the last frame's due time: at most one period, and never more than a second.
-    steady::time_point wait_until(steady::time_point now) const;
+    // A host that takes time of its own between two calls keeps time by itself, and if it comes early, the frame with
+    // which this clock started was late: then the clock moves, by two periods at most, instead of holding up every
+    // call.
+    steady::time_point wait_until(steady::time_point now);
 
     // One frame, but at most a second.
     steady::duration period() const;
 
   private:
+    void start(steady::time_point at);
+
     timeline line;
     std::int32_t rate_n = 0;
     std::int32_t rate_d = 0;
+    steady::time_point last_frame;
+    steady::duration may_move{}; // since the start
 };
 
 } // namespace quillo::open

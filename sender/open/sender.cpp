@@ -21,7 +21,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// How long a video call lets the hand-over thread pick up the picture before, when that costs no more than a frame.
+// How long the hand-over thread has to pick up a picture while a video call waits for it; a frame's time if that is
+// less.
 constexpr steady::duration longest_patience = 40ms;
 
 std::int64_t nanoseconds(steady::time_point time) { return std::chrono::nanoseconds{time.time_since_epoch()}.count(); }
@@ -64,6 +65,9 @@ sender::sender(SenderSettings const& settings)
     std::packaged_task<void()> task{[shared = work] {
 #ifdef __linux__
         ::pthread_setname_np(::pthread_self(), "quillo-sender");
+        // When the host's thread wakes this one, the host's goes on first.
+        sched_param const none{};
+        ::pthread_setschedparam(::pthread_self(), SCHED_BATCH, &none);
 #endif
         shared->run();
     }};
@@ -96,12 +100,14 @@ void sender::send_video(SenderVideoFrame const* frame, bool finish)
     }
     auto const& what = std::get<picture>(checked);
     auto const now = steady::now();
+    auto patience = longest_patience;
     if (clock_video) {
         std::lock_guard const guard{clocks};
         if (pictures.frame(now, what.format.rate_n, what.format.rate_d))
             work->box.count_video_late();
+        patience = std::min(patience, pictures.period());
     }
-    work->box.hold(what, frame->timecode, nanoseconds(now));
+    work->box.hold(what, frame->timecode, nanoseconds(now), now + patience);
     if (finish)
         finish_held();
 }
@@ -111,14 +117,12 @@ void sender::finish_held()
     if (!work->box.holds())
         return;
     auto until = steady::now();
-    auto patience = longest_patience;
     if (clock_video) {
         std::lock_guard const guard{clocks};
         until = pictures.wait_until(until);
-        patience = std::min(patience, pictures.period());
     }
     std::this_thread::sleep_until(until);
-    work->box.take_back(steady::now() + patience);
+    work->box.take_back();
 }
 
 void sender::send_audio(SenderAudioFrame const& frame)

@@ -51,6 +51,7 @@ class Process:
     def _read(self):
         for line in self.popen.stdout:
             self.lines.put(line.rstrip("\n"))
+        self.lines.put(None)
 
     def wait_for(self, start, patience=PATIENCE):
         """The rest of the next line that starts so; AssertionError without one."""
@@ -60,9 +61,16 @@ class Process:
                 line = self.lines.get(timeout=max(0, end - time.monotonic()))
             except queue.Empty:
                 raise AssertionError(f"no line '{start}' within {patience} s; seen: {self.seen}") from None
+            if line is None:
+                raise AssertionError(f"ended before it said '{start}'; seen: {self.seen}")
             self.seen.append(line)
             if line.startswith(start):
                 return line[len(start):]
+
+    def rest(self, patience=PATIENCE):
+        """All lines until it ends."""
+        self.popen.wait(patience)
+        return list(iter(self.lines.get, None))
 
     def say(self, line):
         self.popen.stdin.write(line + "\n")
@@ -139,11 +147,7 @@ class Machine:
 
     def listed(self, seconds=1):
         process = self.run(QUILLO, "list", "--json", "--seconds", str(seconds))
-        process.popen.wait(PATIENCE + seconds)
-        text = process.popen.stdout.read() if process.lines.empty() else ""
-        while not process.lines.empty():
-            text += process.lines.get() + "\n"
-        return {one["name"]: one for one in json.loads(text)}
+        return {one["name"]: one for one in json.loads("\n".join(process.rest()))}
 
     def sees(self, name, patience=PATIENCE):
         end = time.monotonic() + patience

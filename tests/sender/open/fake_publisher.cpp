@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <sys/un.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 
@@ -229,6 +230,8 @@ void fake_publisher::take_body(message type, std::byte const* body, std::size_t 
         break;
     }
     case message::audio: {
+        if (!manners.remember)
+            memory.sounds.clear();
         auto& sound = memory.sounds.emplace_back();
         take(sound.head);
         auto const count =
@@ -283,7 +286,12 @@ void fake_publisher::take_picture(protocol::video_body const& head)
     if (memory.video_formats.empty() || !(memory.video_formats.back() == head.format))
         memory.violations.emplace_back("picture of another format than announced");
     auto const* const at = pool + head.slot * pool_is.slot_bytes;
-    memory.pictures.push_back({head, {at, at + size}});
+    if (!manners.remember && !memory.pictures.empty()) {
+        memory.pictures.back().head = head;
+        std::memcpy(memory.pictures.back().bytes.data(), at, std::min(size, memory.pictures.back().bytes.size()));
+    } else {
+        memory.pictures.push_back({head, {at, at + size}});
+    }
     if (manners.give_back)
         say(message::release, protocol::release_body{head.pool_id, head.slot});
 }

@@ -53,6 +53,7 @@ class fake_publisher
         bool want_audio = false;
         bool give_back = true; // slots
         bool read = true;      // the socket
+        bool remember = true;  // pictures and sound; else only the last of each
         bool greet = true;     // with a welcome
         std::uint32_t version = protocol::version;
         std::vector<std::byte> noise{}; // sent instead of a welcome

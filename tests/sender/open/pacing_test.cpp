@@ -113,6 +113,34 @@ TEST(video_clock, NeverWaitsForAHostThatKeepsTimeWithLessThanAFrameOfJitter)
     }
 }
 
+TEST(video_clock, DoesNotHoldUpAHostForEverWhoseFirstFrameWasLate)
+{
+    // The first frame comes 1.8 frames late, the others in time.
+    video_clock clock;
+    clock.frame(start + 36ms, 50, 1);
+    steady::duration waited{};
+    for (int frame = 1; frame < 1000; ++frame) {
+        auto const call = std::max(start + frame * 20ms, start + 37ms);
+        auto const now = std::max(call, clock.wait_until(call));
+        waited += now - call;
+        EXPECT_FALSE(clock.frame(now + 1ms, 50, 1));
+    }
+    EXPECT_LE(waited, 20ms);
+}
+
+TEST(video_clock, IsNotTakenForALongRideByAHostThatWorksBetweenItsCalls)
+{
+    // It would be ready for a frame every 10 ms, and is held to its rate but for the first frames.
+    video_clock clock;
+    auto now = start;
+    clock.frame(now, 50, 1);
+    for (int frame = 1; frame <= 1000; ++frame) {
+        now = std::max(now + 10ms, clock.wait_until(now + 10ms));
+        clock.frame(now, 50, 1);
+    }
+    EXPECT_GE(now - start, 997 * 20ms);
+}
+
 TEST(video_clock, KeepsExactTime)
 {
     video_clock clock;
