@@ -26,6 +26,17 @@ void require(bool holds, char const* broken)
 
 } // namespace
 
+std::string text(sender_id const& id)
+{
+    static constexpr char digits[] = "0123456789abcdef";
+    std::string digits_of_id;
+    for (auto const byte : id) {
+        digits_of_id += digits[byte >> 4];
+        digits_of_id += digits[byte & 15];
+    }
+    return digits_of_id;
+}
+
 bool channel::receive()
 {
     bool const alive = stream_.receive();

@@ -20,6 +20,9 @@ namespace quillo::publisher {
 
 using sender_id = std::array<std::uint8_t, 16>;
 
+// As hexadecimal digits.
+std::string text(sender_id const& id);
+
 struct introduction
 {
     sender_id id;

@@ -1,15 +1,13 @@
 #include "publisher/publisher.h"
 
 #include "publisher/log.h"
+#include "publisher/machine.h"
 #include "publisher/mounts/encoded_mount.h"
 #include "publisher/mounts/raw_mount.h"
 #include "publisher/slug.h"
 #include "publisher/status.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <climits>
 
 namespace quillo::publisher {
 
@@ -32,18 +30,22 @@ std::optional<encoder_choice> encoder_for_all(std::string const& only)
     return std::nullopt;
 }
 
-} // namespace
-
-std::string machine_name()
+std::string shown_address(std::string const& listening)
 {
-    char name[HOST_NAME_MAX + 1] = {};
-    ::gethostname(name, HOST_NAME_MAX);
-    return name;
+    bool const any = listening == "::" || listening == "0.0.0.0";
+    std::string const address = any ? machine_address() : listening;
+    return address.find(':') == std::string::npos ? address : "[" + address + "]";
 }
 
+} // namespace
+
 publisher::publisher(publisher_settings const& settings)
-    : encoder_(encoder_for_all(settings.encoder)), server_(settings.rtsp, receivers_)
+    : encoder_(encoder_for_all(settings.encoder)), server_(settings.rtsp, receivers_),
+      address_(shown_address(settings.rtsp.address))
 {
+    // What only this machine can reach is not called out.
+    if (settings.announce && !is_loopback(settings.rtsp.address))
+        announcer_ = std::make_unique<discovery::announcer>([](std::string const& line) { log::warning(line); });
 }
 
 std::string publisher::free_path(introduction const& who)
@@ -73,11 +75,15 @@ std::string publisher::free_path(introduction const& who)
 std::shared_ptr<source> publisher::open_source(introduction const& who, std::function<void()> wake)
 {
     std::lock_guard const lock{mutex_};
-    if (sources_.size() >= max_sources)
-        return nullptr;
     auto const same =
         std::find_if(sources_.begin(), sources_.end(), [&](auto const& s) { return s->who().id == who.id; });
-    if (same != sources_.end())
+    if (same != sources_.end()) {
+        auto const old = *same;
+        sources_.erase(same);
+        withdraw(*old);
+        old->close();
+    }
+    if (sources_.size() >= max_sources)
         return nullptr;
 
     auto const made = std::make_shared<source>(who, free_path(who), std::move(wake));
@@ -87,19 +93,41 @@ std::shared_ptr<source> publisher::open_source(introduction const& who, std::fun
         server_.serve(path, std::make_shared<encoded_mount>(made, receivers_, *encoder_));
     server_.serve(path + "/raw", std::make_shared<raw_mount>(made, receivers_));
     log::info("source \"", who.name, "\" of process ", who.pid, " is at ", url(made->path()));
+    announce(made);
     return made;
 }
 
 void publisher::close_source(std::shared_ptr<source> const& gone)
 {
-    {
-        std::lock_guard const lock{mutex_};
-        std::erase(sources_, gone);
-    }
-    server_.withdraw("/" + gone->path());
-    server_.withdraw("/" + gone->path() + "/raw");
+    std::lock_guard const lock{mutex_};
+    if (std::erase(sources_, gone) == 0)
+        return;
+    withdraw(*gone);
     gone->close();
     log::info("source \"", gone->who().name, "\" at ", url(gone->path()), " is gone");
+}
+
+void publisher::announce(std::shared_ptr<source> const& made)
+{
+    if (!announcer_)
+        return;
+    auto const& who = made->who();
+    discovery::service const service{
+        discovery::instance_name(machine_name(), who.name),
+        static_cast<std::uint16_t>(port()),
+        {{"path", "/" + made->path()}, {"name", who.name}, {"id", text(who.id)}, {"version", QUILLO_VERSION}}};
+    names_[made.get()] = announcer_->announce(service, [made](std::string const& name) {
+        log::info("\"", made->who().name, "\" is called \"", name, "\" on the network");
+        made->set_network_name(name);
+    });
+}
+
+void publisher::withdraw(source const& gone)
+{
+    server_.withdraw("/" + gone.path());
+    server_.withdraw("/" + gone.path() + "/raw");
+    if (auto const name = names_.extract(&gone))
+        announcer_->withdraw(name.mapped());
 }
 
 std::size_t publisher::sources() const
@@ -108,15 +136,14 @@ std::size_t publisher::sources() const
     return sources_.size();
 }
 
-std::string publisher::url(std::string const& path) const
-{
-    return "rtsp://" + machine_name() + ":" + std::to_string(port()) + "/" + path;
-}
+std::string publisher::base_url() const { return "rtsp://" + address_ + ":" + std::to_string(port()); }
+
+std::string publisher::url(std::string const& path) const { return base_url() + "/" + path; }
 
 std::string publisher::status() const
 {
     std::lock_guard const lock{mutex_};
-    return status_json(sources_, receivers_->all(), "rtsp://" + machine_name() + ":" + std::to_string(port()));
+    return status_json(sources_, receivers_->all(), base_url());
 }
 
 } // namespace quillo::publisher

@@ -30,12 +30,26 @@ bool is_near(GInetAddress* address)
     return is_near(v4.get());
 }
 
+std::string text(GSocketAddress* address)
+{
+    if (!address || !G_IS_INET_SOCKET_ADDRESS(address))
+        return {};
+    return string_ptr{g_inet_address_to_string(g_inet_socket_address_get_address(G_INET_SOCKET_ADDRESS(address)))}
+        .get();
+}
+
 bool comes_from_near(GstRTSPClient* client)
 {
     GstRTSPConnection* const connection = gst_rtsp_client_get_connection(client);
-    char const* const ip = connection ? gst_rtsp_connection_get_ip(connection) : nullptr;
-    auto const address = adopt<object_ptr<GInetAddress>>(ip ? g_inet_address_new_from_string(ip) : nullptr);
-    return address && is_near(address.get());
+    GSocket* const socket = connection ? gst_rtsp_connection_get_read_socket(connection) : nullptr;
+    if (!socket)
+        return false;
+    auto const remote = adopt<object_ptr<GSocketAddress>>(g_socket_get_remote_address(socket, nullptr));
+    auto const local = adopt<object_ptr<GSocketAddress>>(g_socket_get_local_address(socket, nullptr));
+    if (!remote || !G_IS_INET_SOCKET_ADDRESS(remote.get()))
+        return false;
+    return is_near(g_inet_socket_address_get_address(G_INET_SOCKET_ADDRESS(remote.get()))) ||
+           text(remote.get()) == text(local.get()); // this machine by its public address
 }
 
 void on_play(GstRTSPClient*, GstRTSPContext* request, gpointer)

@@ -228,11 +228,17 @@ void source::hurry()
     wake_();
 }
 
+void source::set_network_name(std::string const& name)
+{
+    std::lock_guard const lock{mutex_};
+    network_name_ = name;
+}
+
 source::state source::current() const
 {
     std::lock_guard const lock{mutex_};
-    state result{pictures_,    sound_,     announced_.has_value(), 0,      0, 0,
-                 pictures_in_, blocks_in_, time_.anchors(),        losses_};
+    state result{network_name_, pictures_,       sound_, announced_.has_value(), 0, 0, 0, pictures_in_,
+                 blocks_in_,    time_.anchors(), losses_};
     if (announced_) {
         result.fourcc = announced_->fourcc;
         result.aspect = announced_->aspect;

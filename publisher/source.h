@@ -54,8 +54,11 @@ class source : public channel_events
     void remove(listener& who); // not called any more once this has returned
     void hurry();               // while the host rests: the last picture again at once, for somebody who waits for it
 
+    void set_network_name(std::string const& name);
+
     struct state
     {
+        std::string network_name; // empty: not announced, or not yet
         picture_format pictures;
         sound_format sound;
         bool announced; // by the sender; else these are the shapes to begin with
@@ -87,6 +90,7 @@ class source : public channel_events
     picture_format pictures_;
     sound_format sound_;
     bool closed_ = false;
+    std::string network_name_;
     std::optional<protocol::video_format_body> announced_;
     std::optional<picture_format> pending_; // another shape, seen in the last frames
     int pending_frames_ = 0;

@@ -9,17 +9,6 @@ namespace {
 
 using nlohmann::json;
 
-std::string hex(sender_id const& id)
-{
-    static constexpr char digits[] = "0123456789abcdef";
-    std::string text;
-    for (auto const byte : id) {
-        text += digits[byte >> 4];
-        text += digits[byte & 15];
-    }
-    return text;
-}
-
 json format_json(source::state const& state)
 {
     if (!state.announced)
@@ -61,7 +50,8 @@ json source_json(source const& of, std::vector<receiver_ptr> const& watching, st
         if (who->path() == of.path())
             receiving.push_back(receiver_json(*who));
     return {{"name", of.who().name},
-            {"id", hex(of.who().id)},
+            {"id", text(of.who().id)},
+            {"network_name", state.network_name},
             {"path", "/" + of.path()},
             {"url", base + "/" + of.path()},
             {"pid", of.who().pid},

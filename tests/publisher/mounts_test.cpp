@@ -380,6 +380,18 @@ TEST_F(mounts, same_name_twice_gets_two_paths_and_a_sender_its_own_again)
     EXPECT_TRUE(receiver.wait_for_picture());
 }
 
+TEST_F(mounts, sender_that_is_back_before_it_is_missed_takes_its_own_place)
+{
+    auto const before = play(hd, grey_picture, 1);
+    auto const after = play(hd, grey_picture, 1);
+    ASSERT_EQ(status()["sources"].size(), 1u);
+    EXPECT_EQ(status()["sources"][0]["path"], "/adobe-premiere-pro");
+    auto const receiver = watch("/raw");
+    EXPECT_TRUE(receiver->wait_for_picture());
+    EXPECT_TRUE(after->wanted());
+    EXPECT_FALSE(before->wanted());
+}
+
 TEST_F(mounts, status_tells_of_source_and_receiver)
 {
     auto const sender = play();
@@ -421,7 +433,7 @@ TEST(running_twice, second_publisher_of_a_user_is_told_so)
 TEST(running_twice, taken_port_means_the_next_free_one)
 {
     running_publisher const first;
-    publisher::publisher_settings settings{{"127.0.0.1", first.everything.port()}, {}};
+    publisher::publisher_settings settings{{"127.0.0.1", first.everything.port()}, {}, false};
     publisher::publisher const second{settings};
     EXPECT_GT(second.port(), first.everything.port());
     EXPECT_LT(second.port(), first.everything.port() + publisher::rtsp_server::ports_to_try);

@@ -18,7 +18,9 @@ std::int64_t now_ns()
     return now.tv_sec * 1'000'000'000ll + now.tv_nsec;
 }
 
-std::vector<unsigned char> tight_bytes(GstVideoFrame& frame)
+} // namespace
+
+std::vector<unsigned char> rtsp_receiver::tight_bytes(GstVideoFrame& frame)
 {
     std::vector<unsigned char> bytes;
     for (guint plane = 0; plane < GST_VIDEO_FRAME_N_PLANES(&frame); ++plane) {
@@ -34,8 +36,6 @@ std::vector<unsigned char> tight_bytes(GstVideoFrame& frame)
     }
     return bytes;
 }
-
-} // namespace
 
 rtsp_receiver::rtsp_receiver(std::string const& url, over transport, decode kind)
     : pipeline_(static_cast<GstElement*>(gst_object_ref_sink(gst_pipeline_new(nullptr)))), kind_(kind)
@@ -109,6 +109,12 @@ void rtsp_receiver::take_picture(GstSample* sample)
     mapped_frame frame{info, buffer, GST_MAP_READ};
     if (!frame)
         return;
+    if (on_frame) {
+        on_frame(*frame.get(), arrived);
+        std::lock_guard const lock{mutex_};
+        ++pictures_;
+        return;
+    }
     picture got{GST_VIDEO_INFO_WIDTH(&info),
                 GST_VIDEO_INFO_HEIGHT(&info),
                 GST_VIDEO_INFO_NAME(&info),
@@ -118,10 +124,6 @@ void rtsp_receiver::take_picture(GstSample* sample)
     got.bytes = tight_bytes(*frame.get());
     std::lock_guard const lock{mutex_};
     ++pictures_;
-    if (on_picture) {
-        on_picture(got);
-        return;
-    }
     if (waiting_.size() == most_waiting)
         waiting_.erase(waiting_.begin());
     waiting_.push_back(std::move(got));

@@ -52,8 +52,9 @@ class rtsp_receiver
     std::string sdp() const; // empty before it has come
     std::string sound_caps() const;
 
-    // Instead of keeping pictures: called for each, on the receiver's thread.
-    std::function<void(picture const&)> on_picture;
+    // Instead of keeping pictures: called for each as it stands in the receiver's memory, on the receiver's thread.
+    std::function<void(GstVideoFrame&, std::int64_t arrived_ns)> on_frame;
+    static std::vector<unsigned char> tight_bytes(GstVideoFrame& frame);
     void start();
 
   private:

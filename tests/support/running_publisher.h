@@ -17,7 +17,7 @@ struct running_publisher
     static publisher::publisher_settings settings(std::string const& encoder)
     {
         gst_init(nullptr, nullptr);
-        return {{"127.0.0.1", 0}, encoder};
+        return {{"127.0.0.1", 0}, encoder, false};
     }
 
     std::string socket() const { return open::socket_path(folder.path()); }

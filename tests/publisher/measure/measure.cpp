@@ -100,20 +100,20 @@ struct tally
     clock::time_point first;
     clock::time_point latest;
 
-    void take(receiver::picture const& picture, test_card const* card)
+    void take(GstVideoFrame& frame, std::int64_t arrived_ns, test_card const* card)
     {
-        bool const packed = picture.format == "UYVY" || picture.format == "BGR";
-        int const pixel = packed ? (picture.format == "BGR" ? 3 : 2) : 1;
-        auto const seen = test_card::read(picture.bytes.data(), static_cast<std::size_t>(picture.width * pixel), pixel,
-                                          pixel == 2 ? 1 : 0);
+        int const pixel = GST_VIDEO_FRAME_COMP_PSTRIDE(&frame, 0);
+        auto const* const rows = static_cast<unsigned char const*>(GST_VIDEO_FRAME_PLANE_DATA(&frame, 0));
+        auto const stride = static_cast<std::size_t>(GST_VIDEO_FRAME_PLANE_STRIDE(&frame, 0));
+        auto const seen = test_card::read(rows, stride, pixel, pixel == 2 ? 1 : 0);
         latest = clock::now();
         if (frames++ == 0)
             first = latest;
         else if (seen.n > last + 1)
             lost += seen.n - last - 1;
         last = seen.n;
-        latency_ms.push_back((static_cast<double>(picture.arrived_ns) / 1e3 - static_cast<double>(seen.time_us)) / 1e3);
-        if (card && card->differing(picture.bytes) > 0)
+        latency_ms.push_back((static_cast<double>(arrived_ns) / 1e3 - static_cast<double>(seen.time_us)) / 1e3);
+        if (card && card->differing(receiver::tight_bytes(frame)) > 0)
             ++damaged;
     }
 };
@@ -171,7 +171,9 @@ void run(options const& o)
     auto const asked = clock::now();
     for (auto& one : tallies) {
         receivers.push_back(std::make_unique<receiver>(url, over, kind));
-        receivers.back()->on_picture = [&one, &card](receiver::picture const& p) { one.take(p, card.get()); };
+        receivers.back()->on_frame = [&one, &card](GstVideoFrame& frame, std::int64_t arrived_ns) {
+            one.take(frame, arrived_ns, card.get());
+        };
         receivers.back()->start();
     }
     std::this_thread::sleep_for(std::chrono::seconds{1});
