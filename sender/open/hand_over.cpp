@@ -51,6 +51,7 @@ void hand_over::run()
         }
         wait(now);
     }
+    report_losses(box.totals());
     publisher.reset();
     box.set_wants(false, false);
 }

@@ -65,14 +65,19 @@ bool is_program(std::string const& path)
     return ::stat(path.c_str(), &found) == 0 && S_ISREG(found.st_mode) && ::access(path.c_str(), X_OK) == 0;
 }
 
+// Without links and dots; empty when there is no such file.
+std::string plain_path(std::string const& path)
+{
+    std::array<char, PATH_MAX> resolved;
+    return ::realpath(path.c_str(), resolved.data()) ? std::string{resolved.data()} : std::string{};
+}
+
 std::string folder_of_this_library()
 {
     Dl_info info{};
-    std::array<char, PATH_MAX> resolved;
-    if (!::dladdr(reinterpret_cast<void const*>(&folder_of_this_library), &info) || !info.dli_fname ||
-        !::realpath(info.dli_fname, resolved.data()))
+    if (!::dladdr(reinterpret_cast<void const*>(&folder_of_this_library), &info) || !info.dli_fname)
         return {};
-    std::string const path{resolved.data()};
+    auto const path = plain_path(info.dli_fname);
     return path.substr(0, path.rfind('/'));
 }
 
@@ -124,7 +129,7 @@ std::optional<std::string> find_publisher(start_environment const& environment)
     if (auto const here = folder_of_this_library(); !here.empty())
         for (char const* const place : {"/quillo", "/../bin/quillo", "/../../bin/quillo", "/../../tools/quillo/quillo"})
             if (is_program(here + place))
-                return here + place;
+                return plain_path(here + place);
 
     std::string_view folders{environment.get("PATH") ? environment.get("PATH") : ""};
     while (!folders.empty()) {
