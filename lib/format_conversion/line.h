@@ -3,6 +3,8 @@
 #pragma once
 
 #include "lib/format_conversion/line/copy.h"
+#include "lib/format_conversion/line/rgb_to_uyvy.h"
+#include "lib/format_conversion/line/rgb_to_ycbcr444.h"
 #include "lib/format_conversion/line/uyvy_a_to_uyvy.h"
 #include "lib/format_conversion/line/uyvy_to_444.h"
 #include "lib/format_conversion/line/uyvy_to_bgr.h"

@@ -86,18 +86,18 @@ void add_rgb_to_uyvy(rows& t)
         t.push_back(
             {name, planes, last_argument::none, f, [=](call const& c) { premultiplied_rgb_to_uyvy(c, order); }});
     };
-    premultiplied("bgra::uyvy", nullptr, bgra);
-    premultiplied("rgba::uyvy", nullptr, rgba);
+    premultiplied("bgra::uyvy", invoke<fc::bgra::uyvy>, bgra);
+    premultiplied("rgba::uyvy", invoke<fc::rgba::uyvy>, rgba);
 
     auto to_uyvy = [&](char const* name, library f, matrix m, rgb_order order) {
         t.push_back({name, planes, last_argument::none, f, [=](call const& c) { rgb_to_uyvy(c, m, order); }});
     };
-    to_uyvy("bgrx::uyvy", nullptr, bt709, bgra);
-    to_uyvy("bgrx_601::uyvy", nullptr, bt601, bgra);
-    to_uyvy("bgrx_709::uyvy", nullptr, bt709, bgra);
-    to_uyvy("rgbx::uyvy", nullptr, bt709, rgba);
-    to_uyvy("rgbx_601::uyvy", nullptr, bt601, rgba);
-    to_uyvy("rgbx_709::uyvy", nullptr, bt709, rgba);
+    to_uyvy("bgrx::uyvy", invoke<fc::bgrx::uyvy>, bt709, bgra);
+    to_uyvy("bgrx_601::uyvy", invoke<fc::bgrx_601::uyvy>, bt601, bgra);
+    to_uyvy("bgrx_709::uyvy", invoke<fc::bgrx_709::uyvy>, bt709, bgra);
+    to_uyvy("rgbx::uyvy", invoke<fc::rgbx::uyvy>, bt709, rgba);
+    to_uyvy("rgbx_601::uyvy", invoke<fc::rgbx_601::uyvy>, bt601, rgba);
+    to_uyvy("rgbx_709::uyvy", invoke<fc::rgbx_709::uyvy>, bt709, rgba);
 
     auto to_uyvy_a = [&](char const* name, library f, matrix m, rgb_order order) {
         t.push_back({name,
@@ -106,16 +106,16 @@ void add_rgb_to_uyvy(rows& t)
                      f,
                      [=](call const& c) { rgb_to_uyvy_a(c, m, order); }});
     };
-    to_uyvy_a("bgra::uyvy_a", nullptr, bt709, bgra);
-    to_uyvy_a("bgra_601::uyvy_a", nullptr, bt601, bgra);
-    to_uyvy_a("bgra_709::uyvy_a", nullptr, bt709, bgra);
-    to_uyvy_a("rgba::uyvy_a", nullptr, bt709, rgba);
-    to_uyvy_a("rgba_601::uyvy_a", nullptr, bt601, rgba);
-    to_uyvy_a("rgba_709::uyvy_a", nullptr, bt709, rgba);
+    to_uyvy_a("bgra::uyvy_a", invoke<fc::bgra::uyvy_a>, bt709, bgra);
+    to_uyvy_a("bgra_601::uyvy_a", invoke<fc::bgra_601::uyvy_a>, bt601, bgra);
+    to_uyvy_a("bgra_709::uyvy_a", invoke<fc::bgra_709::uyvy_a>, bt709, bgra);
+    to_uyvy_a("rgba::uyvy_a", invoke<fc::rgba::uyvy_a>, bt709, rgba);
+    to_uyvy_a("rgba_601::uyvy_a", invoke<fc::rgba_601::uyvy_a>, bt601, rgba);
+    to_uyvy_a("rgba_709::uyvy_a", invoke<fc::rgba_709::uyvy_a>, bt709, rgba);
 
     void (*const from_bgr)(call const&) = bgr_to_uyvy;
     t.push_back(
-        {"bgr::uyvy", {in(3, whole_last_pair), out(2, whole_last_pair)}, last_argument::none, nullptr, from_bgr});
+        {"bgr::uyvy", {in(3, whole_last_pair), out(2, whole_last_pair)}, last_argument::none, invoke<fc::bgr::uyvy>, from_bgr});
 }
 
 void add_rgb_to_ycbcr444(rows& t)
@@ -128,30 +128,30 @@ void add_rgb_to_ycbcr444(rows& t)
                      }});
         t.back().sources_aligned = t.back().outputs_aligned = true;
     };
-    add("bgra::ycbcra", nullptr, bt709, bgra, ycbcr, alpha);
-    add("bgra_601::ycbcra", nullptr, bt601, bgra, ycbcr, alpha);
-    add("bgra_709::ycbcra", nullptr, bt709, bgra, ycbcr, alpha);
-    add("rgba::ycbcra", nullptr, bt709, rgba, ycbcr, alpha);
-    add("rgba_601::ycbcra", nullptr, bt601, rgba, ycbcr, alpha);
-    add("rgba_709::ycbcra", nullptr, bt709, rgba, ycbcr, alpha);
-    add("bgra::crcbya", nullptr, bt709, bgra, crcby, alpha);
-    add("bgra_601::crcbya", nullptr, bt601, bgra, crcby, alpha);
-    add("bgra_709::crcbya", nullptr, bt709, bgra, crcby, alpha);
-    add("rgba::crcbya", nullptr, bt709, rgba, crcby, alpha);
-    add("rgba_601::crcbya", nullptr, bt601, rgba, crcby, alpha);
-    add("rgba_709::crcbya", nullptr, bt709, rgba, crcby, alpha);
-    add("bgrx::ycbcrx", nullptr, bt709, bgra, ycbcr, filler);
-    add("bgrx_601::ycbcrx", nullptr, bt601, bgra, ycbcr, filler);
-    add("bgrx_709::ycbcrx", nullptr, bt709, bgra, ycbcr, filler);
-    add("rgbx::ycbcrx", nullptr, bt709, rgba, ycbcr, filler);
-    add("rgbx_601::ycbcrx", nullptr, bt601, rgba, ycbcr, filler);
-    add("rgbx_709::ycbcrx", nullptr, bt709, rgba, ycbcr, filler);
-    add("bgrx::crcbyx", nullptr, bt709, bgra, crcby, filler);
-    add("bgrx_601::crcbyx", nullptr, bt601, bgra, crcby, filler);
-    add("bgrx_709::crcbyx", nullptr, bt709, bgra, crcby, filler);
-    add("rgbx::crcbyx", nullptr, bt709, rgba, crcby, filler);
-    add("rgbx_601::crcbyx", nullptr, bt601, rgba, crcby, filler);
-    add("rgbx_709::crcbyx", nullptr, bt709, rgba, crcby, filler);
+    add("bgra::ycbcra", invoke<fc::bgra::ycbcra>, bt709, bgra, ycbcr, alpha);
+    add("bgra_601::ycbcra", invoke<fc::bgra_601::ycbcra>, bt601, bgra, ycbcr, alpha);
+    add("bgra_709::ycbcra", invoke<fc::bgra_709::ycbcra>, bt709, bgra, ycbcr, alpha);
+    add("rgba::ycbcra", invoke<fc::rgba::ycbcra>, bt709, rgba, ycbcr, alpha);
+    add("rgba_601::ycbcra", invoke<fc::rgba_601::ycbcra>, bt601, rgba, ycbcr, alpha);
+    add("rgba_709::ycbcra", invoke<fc::rgba_709::ycbcra>, bt709, rgba, ycbcr, alpha);
+    add("bgra::crcbya", invoke<fc::bgra::crcbya>, bt709, bgra, crcby, alpha);
+    add("bgra_601::crcbya", invoke<fc::bgra_601::crcbya>, bt601, bgra, crcby, alpha);
+    add("bgra_709::crcbya", invoke<fc::bgra_709::crcbya>, bt709, bgra, crcby, alpha);
+    add("rgba::crcbya", invoke<fc::rgba::crcbya>, bt709, rgba, crcby, alpha);
+    add("rgba_601::crcbya", invoke<fc::rgba_601::crcbya>, bt601, rgba, crcby, alpha);
+    add("rgba_709::crcbya", invoke<fc::rgba_709::crcbya>, bt709, rgba, crcby, alpha);
+    add("bgrx::ycbcrx", invoke<fc::bgrx::ycbcrx>, bt709, bgra, ycbcr, filler);
+    add("bgrx_601::ycbcrx", invoke<fc::bgrx_601::ycbcrx>, bt601, bgra, ycbcr, filler);
+    add("bgrx_709::ycbcrx", invoke<fc::bgrx_709::ycbcrx>, bt709, bgra, ycbcr, filler);
+    add("rgbx::ycbcrx", invoke<fc::rgbx::ycbcrx>, bt709, rgba, ycbcr, filler);
+    add("rgbx_601::ycbcrx", invoke<fc::rgbx_601::ycbcrx>, bt601, rgba, ycbcr, filler);
+    add("rgbx_709::ycbcrx", invoke<fc::rgbx_709::ycbcrx>, bt709, rgba, ycbcr, filler);
+    add("bgrx::crcbyx", invoke<fc::bgrx::crcbyx>, bt709, bgra, crcby, filler);
+    add("bgrx_601::crcbyx", invoke<fc::bgrx_601::crcbyx>, bt601, bgra, crcby, filler);
+    add("bgrx_709::crcbyx", invoke<fc::bgrx_709::crcbyx>, bt709, bgra, crcby, filler);
+    add("rgbx::crcbyx", invoke<fc::rgbx::crcbyx>, bt709, rgba, crcby, filler);
+    add("rgbx_601::crcbyx", invoke<fc::rgbx_601::crcbyx>, bt601, rgba, crcby, filler);
+    add("rgbx_709::crcbyx", invoke<fc::rgbx_709::crcbyx>, bt709, rgba, crcby, filler);
 }
 
 // With a matrix argument 601 alone chooses BT.601, in r_g_b 709 alone chooses BT.709.

@@ -68,6 +68,9 @@ Sample* last(Sample* first, int stride, int lines)
     return first + static_cast<std::ptrdiff_t>(lines - 1) * stride;
 }
 
+// Bytes of as many four-byte pixels.
+inline int four_bytes_each(int width) { return static_cast<int>(static_cast<unsigned>(width) * 4); }
+
 // Bytes of a UYVY line that ends with a whole pair.
 inline long long whole_pairs(int width) { return (width + 1ll) / 2 * 4; }
 

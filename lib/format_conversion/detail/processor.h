@@ -19,8 +19,8 @@ void force(processor p);
 // Back to the machine's best.
 void unforce();
 
-// The variant whose code ran last, on whichever thread; each kernel reports itself. Where avx512 is chosen, kernels that
-// gain nothing from it (Kernel::widest) run avx2.
+// The variant whose code ran last, on whichever thread; each kernel reports itself. Where avx512 is chosen, kernels
+// that gain nothing from it (Kernel::widest) run avx2.
 processor last_ran();
 void note_ran(processor);
 

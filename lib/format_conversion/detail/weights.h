@@ -6,6 +6,23 @@ namespace Processing::FXlib::format_conversion::detail {
 inline constexpr bool bt601 = false;
 inline constexpr bool bt709 = true;
 
+// Luma and chroma of an RGB pixel. Luma is in 128ths of a level (fine: in 256ths), chroma in 256ths.
+struct rgb
+{
+    int r, g, b;
+};
+struct weights_of_rgb
+{
+    rgb y, cb, cr;
+};
+template <bool matrix>
+inline constexpr weights_of_rgb from_rgb = {{33, 64, 13}, {-38, -75, 112}, {112, -94, -18}};
+template <>
+inline constexpr weights_of_rgb from_rgb<bt709> = {{23, 79, 8}, {-26, -87, 112}, {112, -102, -10}};
+// Green is 80, so the premultiplied weights sum to 111.
+inline constexpr weights_of_rgb from_rgb_premultiplied = {{23, 80, 8}, {-26, -87, 112}, {112, -102, -10}};
+inline constexpr weights_of_rgb from_rgb_fine = {{47, 157, 16}, {-26, -87, 112}, {112, -102, -10}};
+
 // Sums in 64ths of a level: luma 74 (Y - 16), chroma counted from 128.
 struct weights_64
 {

@@ -3,6 +3,7 @@
 
 #include "lib/format_conversion/detail/processor.h"
 #include "lib/format_conversion/line/access.h"
+#include "lib/format_conversion/line/rgb_order.h"
 
 namespace Processing::FXlib::format_conversion::line {
 
@@ -35,9 +36,6 @@ void rgba_601(unsigned char const* src, unsigned char const* alpha, unsigned cha
 template <bool src_aligned, bool dst_aligned>
 void rgba_709(unsigned char const* src, unsigned char const* alpha, unsigned char* dst, int count);
 } // namespace uyvy_a
-
-inline constexpr bool bgra_order = false;
-inline constexpr bool rgba_order = true;
 
 struct uyvy_to_four_bytes
 {

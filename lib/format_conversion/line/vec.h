@@ -50,6 +50,8 @@ struct alignas(16) lane
     }
 };
 
+constexpr lane<signed char> fourth_bytes{3, 7, 11, 15, -1, -1, -1, -1};
+
 template <class V>
 struct vec_pair
 {
@@ -145,6 +147,51 @@ struct vec<p, 1>
         return {load<aligned>(from), load<aligned>(from + 16)};
     }
 
+    // The same 32 bytes a lane in memory order, two whole vectors, which takes fewer instructions. What operations then
+    // put together of the first's lanes (low halves) and the second's (high halves) comes out of order: in_order()
+    // mends it.
+    template <bool aligned>
+    QUILLO_INLINE static vec_pair<vec> load_two(unsigned char const* from)
+    {
+        return load_pairs<aligned>(from);
+    }
+    QUILLO_INLINE friend vec in_order(vec a) { return a; }
+    template <bool streaming>
+    QUILLO_INLINE void store_low_halves_in_order(unsigned char* to) const
+    {
+        store_low_halves<streaming>(to);
+    }
+
+    // The same of 24 bytes a lane, twelve at the start of each lane and anything above; reads up to 16 bytes further.
+    QUILLO_INLINE static vec_pair<vec> load_twelves(unsigned char const* from)
+    {
+        return {load<false>(from), load<false>(from + 12)};
+    }
+
+    // For each group of four unsigned bytes its sum with signed weights, in 16 bits: the groups of first, then those of
+    // second. Two products must fit 16 bits signed; dot_u16's sums may be up to 65535 and not negative.
+    QUILLO_INLINE friend vec dot_16(vec_pair<vec> a, vec weights)
+    {
+        return {_mm_hadd_epi16(mul_add_u8(a.first, weights).v, mul_add_u8(a.second, weights).v)};
+    }
+    QUILLO_INLINE friend vec dot_u16(vec_pair<vec> a, vec weights) { return dot_16(a, weights); }
+    // In 32 bits, of one vector, added to start.
+    QUILLO_INLINE friend vec dot_32(vec start, vec a, vec weights)
+    {
+        return {_mm_add_epi32(start.v, _mm_madd_epi16(mul_add_u8(a, weights).v, _mm_set1_epi16(1)))};
+    }
+    // a | (b & mask)
+    QUILLO_INLINE friend vec or_masked(vec a, vec b, vec mask) { return a | (b & mask); }
+
+    // Byte 3 of every four of a pair of load_two().
+    template <bool streaming>
+    QUILLO_INLINE static void store_fourth_bytes(unsigned char* to, vec_pair<vec> a)
+    {
+        vec const k_A_reorder = repeat(fourth_bytes);
+        zip_low_32(shuffle(a.first, k_A_reorder), shuffle(a.second, k_A_reorder))
+            .template store_low_halves<streaming>(to);
+    }
+
     template <bool aligned, bool streaming>
     QUILLO_INLINE void store(void* to) const
     {
@@ -215,316 +262,13 @@ struct vec<p, 1>
     QUILLO_INLINE int mask_of_255() const { return _mm_movemask_epi8(_mm_cmpeq_epi8(v, _mm_set1_epi8(-1))); }
 };
 
+} // namespace Processing::FXlib::format_conversion::line
+
 #if defined(__AVX2__)
-template <processor p>
-struct vec<p, 2>
-{
-    static constexpr int lanes = 2;
-    __m256i v;
-
-    QUILLO_LANEWISE(_mm256, si256)
-
-    QUILLO_INLINE static vec zero() { return {_mm256_setzero_si256()}; }
-    QUILLO_INLINE static vec ones() { return {_mm256_set1_epi8(-1)}; }
-    QUILLO_INLINE static vec of_bytes(unsigned char value) { return {_mm256_set1_epi8(static_cast<char>(value))}; }
-
-    template <class T>
-    QUILLO_INLINE static vec repeat(lane<T> const& bytes)
-    {
-        return {_mm256_broadcastsi128_si256(vec<p, 1>::repeat(bytes).v)};
-    }
-
-    template <bool aligned>
-    QUILLO_INLINE static vec load(void const* from)
-    {
-        return {_mm256_loadu_si256(static_cast<__m256i const*>(from))};
-    }
-
-    template <bool aligned>
-    QUILLO_INLINE static vec_pair<vec> load_pairs(unsigned char const* from)
-    {
-        using one = vec<p, 1>;
-        return {join(one::template load<aligned>(from), one::template load<aligned>(from + 32)),
-                join(one::template load<aligned>(from + 16), one::template load<aligned>(from + 48))};
-    }
-
-    template <bool aligned, bool streaming>
-    QUILLO_INLINE void store(void* to) const
-    {
-        auto* const at = static_cast<__m256i*>(to);
-        if constexpr (streaming) {
-            if (is_multiple<p>(to, 32)) {
-                _mm256_stream_si256(at, v);
-            } else {
-                auto* const half = static_cast<__m128i*>(to);
-                _mm_stream_si128(half, _mm256_castsi256_si128(v));
-                _mm_stream_si128(half + 1, _mm256_extracti128_si256(v, 1));
-            }
-        } else {
-            _mm256_storeu_si256(at, v);
-        }
-    }
-
-    QUILLO_INLINE static vec load_low_halves(unsigned char const* from)
-    {
-        __m256i const halves = _mm256_castsi128_si256(vec<p, 1>::template load<false>(from).v);
-        return {_mm256_permute4x64_epi64(halves, 0x10)}; // 0 . 1 .
-    }
-
-    template <bool aligned, bool streaming>
-    QUILLO_INLINE static void store_pairs(unsigned char* to, vec a, vec b)
-    {
-        choose<0, 2>(a, b).template store<aligned, streaming>(to);
-        choose<1, 3>(a, b).template store<aligned, streaming>(to + 32);
-    }
-    template <bool aligned, bool streaming>
-    QUILLO_INLINE static void store_triples(unsigned char* to, vec a, vec b, vec c)
-    {
-        choose<0, 2>(a, b).template store<aligned, streaming>(to);
-        choose<0, 3>(c, a).template store<aligned, streaming>(to + 32);
-        choose<1, 3>(b, c).template store<aligned, streaming>(to + 64);
-    }
-    template <bool aligned, bool streaming>
-    QUILLO_INLINE static void store_quads(unsigned char* to, vec a, vec b, vec c, vec d)
-    {
-        choose<0, 2>(a, b).template store<aligned, streaming>(to);
-        choose<0, 2>(c, d).template store<aligned, streaming>(to + 32);
-        choose<1, 3>(a, b).template store<aligned, streaming>(to + 64);
-        choose<1, 3>(c, d).template store<aligned, streaming>(to + 96);
-    }
-
-    template <bool aligned, bool streaming>
-    QUILLO_INLINE static void store_twelves(unsigned char* to, vec a, vec b, vec c, vec d)
-    {
-        // Six words a vector: each is turned so that it continues where the one before it ends.
-        vec const a_0{_mm256_permutevar8x32_epi32(a.v, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 6, 6))};
-        vec const b_6{_mm256_permutevar8x32_epi32(b.v, _mm256_setr_epi32(2, 4, 5, 6, 6, 6, 0, 1))};
-        vec const c_4{_mm256_permutevar8x32_epi32(c.v, _mm256_setr_epi32(5, 6, 6, 6, 0, 1, 2, 4))};
-        vec const d_2{_mm256_permutevar8x32_epi32(d.v, _mm256_setr_epi32(0, 0, 0, 1, 2, 4, 5, 6))};
-        vec{_mm256_blend_epi32(a_0.v, b_6.v, 0xC0)}.store<aligned, streaming>(to);
-        vec{_mm256_blend_epi32(b_6.v, c_4.v, 0xF0)}.store<aligned, streaming>(to + 32);
-        vec{_mm256_blend_epi32(c_4.v, d_2.v, 0xFC)}.store<aligned, streaming>(to + 64);
-    }
-
-    QUILLO_INLINE friend vec pack_all_u8(vec a, vec b)
-    {
-        return {_mm256_permute4x64_epi64(pack_u8(a, b).v, 0xD8)}; // 0 2 1 3
-    }
-
-    template <bool streaming>
-    QUILLO_INLINE void store_low_halves(unsigned char* to) const
-    {
-        vec<p, 1> const low{_mm256_castsi256_si128(_mm256_permute4x64_epi64(v, 0x08))}; // 0 2 . .
-        low.template store<false, streaming>(to);
-    }
-
-    QUILLO_INLINE vec<p, 1> fold_and() const
-    {
-        return {_mm_and_si128(_mm256_castsi256_si128(v), _mm256_extracti128_si256(v, 1))};
-    }
-
-    QUILLO_INLINE static vec join(vec<p, 1> low, vec<p, 1> high)
-    {
-        return {_mm256_inserti128_si256(_mm256_castsi128_si256(low.v), high.v, 1)};
-    }
-
-    // Lanes 0 and 1 are a's, 2 and 3 b's.
-    template <int low, int high>
-    QUILLO_INLINE static vec choose(vec a, vec b)
-    {
-        return {_mm256_permute2x128_si256(a.v, b.v, high << 4 | low)};
-    }
-};
+#include "lib/format_conversion/line/vec_256.h"
 #endif
-
 #if defined(__AVX512BW__)
-template <processor p>
-struct vec<p, 4>
-{
-    static constexpr int lanes = 4;
-    __m512i v;
-
-    QUILLO_LANEWISE(_mm512, si512)
-
-    QUILLO_INLINE static vec zero() { return {_mm512_setzero_si512()}; }
-    QUILLO_INLINE static vec ones() { return {_mm512_set1_epi8(-1)}; }
-    QUILLO_INLINE static vec of_bytes(unsigned char value) { return {_mm512_set1_epi8(static_cast<char>(value))}; }
-
-    template <class T>
-    QUILLO_INLINE static vec repeat(lane<T> const& bytes)
-    {
-        return {_mm512_broadcast_i32x4(vec<p, 1>::repeat(bytes).v)};
-    }
-
-    template <bool aligned>
-    QUILLO_INLINE static vec load(void const* from)
-    {
-        return {_mm512_loadu_si512(from)};
-    }
-
-    template <bool aligned>
-    QUILLO_INLINE static vec_pair<vec> load_pairs(unsigned char const* from)
-    {
-        __m512i const a = _mm512_loadu_si512(from), b = _mm512_loadu_si512(from + 64);
-        return {{_mm512_permutex2var_epi64(a, _mm512_setr_epi64(0, 1, 4, 5, 8, 9, 12, 13), b)},
-                {_mm512_permutex2var_epi64(a, _mm512_setr_epi64(2, 3, 6, 7, 10, 11, 14, 15), b)}};
-    }
-
-    template <bool aligned, bool streaming>
-    QUILLO_INLINE void store(void* to) const
-    {
-        if constexpr (streaming) {
-            if (is_multiple<p>(to, 64)) {
-                _mm512_stream_si512(static_cast<__m512i*>(to), v);
-            } else {
-                vec<p, 2> const low{_mm512_castsi512_si256(v)}, high{_mm512_extracti64x4_epi64(v, 1)};
-                low.template store<false, true>(to);
-                high.template store<false, true>(static_cast<unsigned char*>(to) + 32);
-            }
-        } else {
-            _mm512_storeu_si512(to, v);
-        }
-    }
-
-    QUILLO_INLINE static vec load_low_halves(unsigned char const* from)
-    {
-        __m512i const halves = _mm512_castsi256_si512(vec<p, 2>::template load<false>(from).v);
-        return {_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 0, 1, 0, 2, 0, 3, 0), halves)};
-    }
-
-    template <bool aligned, bool streaming>
-    QUILLO_INLINE static void store_pairs(unsigned char* to, vec a, vec b)
-    {
-        choose<0, 4, 1, 5>(a, b).template store<aligned, streaming>(to);
-        choose<2, 6, 3, 7>(a, b).template store<aligned, streaming>(to + 64);
-    }
-    template <bool aligned, bool streaming>
-    QUILLO_INLINE static void store_triples(unsigned char* to, vec a, vec b, vec c)
-    {
-        vec const c_a = choose<0, 5, 2, 7>(c, a);   // c0 a1 c2 a3
-        vec const b_c_b = choose<1, 5, 2, 2>(b, c); // b1 c1 b2 .
-        choose<0, 1, 4, 5>(choose<0, 4, 0, 0>(a, b), c_a).template store<aligned, streaming>(to);
-        choose<0, 1, 6, 2>(b_c_b, a).template store<aligned, streaming>(to + 64);
-        choose<2, 3, 4, 5>(c_a, choose<3, 7, 3, 3>(b, c)).template store<aligned, streaming>(to + 128);
-    }
-    template <bool aligned, bool streaming>
-    QUILLO_INLINE static void store_quads(unsigned char* to, vec a, vec b, vec c, vec d)
-    {
-        vec const ab_01 = choose<0, 4, 1, 5>(a, b), ab_23 = choose<2, 6, 3, 7>(a, b);
-        vec const cd_01 = choose<0, 4, 1, 5>(c, d), cd_23 = choose<2, 6, 3, 7>(c, d);
-        choose<0, 1, 4, 5>(ab_01, cd_01).template store<aligned, streaming>(to);
-        choose<2, 3, 6, 7>(ab_01, cd_01).template store<aligned, streaming>(to + 64);
-        choose<0, 1, 4, 5>(ab_23, cd_23).template store<aligned, streaming>(to + 128);
-        choose<2, 3, 6, 7>(ab_23, cd_23).template store<aligned, streaming>(to + 192);
-    }
-
-    template <bool aligned, bool streaming>
-    QUILLO_INLINE static void store_twelves(unsigned char* to, vec a, vec b, vec c, vec d)
-    {
-        __m512i const first = _mm512_setr_epi32(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 16, 17, 18, 20);
-        __m512i const second = _mm512_setr_epi32(5, 6, 8, 9, 10, 12, 13, 14, 16, 17, 18, 20, 21, 22, 24, 25);
-        __m512i const third = _mm512_setr_epi32(10, 12, 13, 14, 16, 17, 18, 20, 21, 22, 24, 25, 26, 28, 29, 30);
-        vec{_mm512_permutex2var_epi32(a.v, first, b.v)}.store<aligned, streaming>(to);
-        vec{_mm512_permutex2var_epi32(b.v, second, c.v)}.store<aligned, streaming>(to + 64);
-        vec{_mm512_permutex2var_epi32(c.v, third, d.v)}.store<aligned, streaming>(to + 128);
-    }
-
-    QUILLO_INLINE friend vec pack_all_u8(vec a, vec b)
-    {
-        return {_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), pack_u8(a, b).v)};
-    }
-
-    template <bool streaming>
-    QUILLO_INLINE void store_low_halves(unsigned char* to) const
-    {
-        __m512i const low = _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 0, 2, 4, 6), v);
-        vec<p, 2>{_mm512_castsi512_si256(low)}.template store<false, streaming>(to);
-    }
-
-    QUILLO_INLINE vec<p, 1> fold_and() const
-    {
-        return vec<p, 2>{_mm256_and_si256(_mm512_castsi512_si256(v), _mm512_extracti64x4_epi64(v, 1))}.fold_and();
-    }
-
-    // Lanes 0..3 are a's, 4..7 b's.
-    template <int l0, int l1, int l2, int l3>
-    QUILLO_INLINE static vec choose(vec a, vec b)
-    {
-        __m512i const halves = _mm512_setr_epi64(l0 * 2, l0 * 2 + 1, l1 * 2, l1 * 2 + 1, //
-                                                 l2 * 2, l2 * 2 + 1, l3 * 2, l3 * 2 + 1);
-        return {_mm512_permutex2var_epi64(a.v, halves, b.v)};
-    }
-};
+#include "lib/format_conversion/line/vec_512.h"
 #endif
 
 #undef QUILLO_LANEWISE
-
-template <processor p>
-constexpr int lanes_of = p == processor::avx512 ? 4
-                         : p == processor::avx2 ? 2
-                                                : 1;
-
-template <processor p>
-using widest_vec = vec<p, lanes_of<p>>;
-
-// Fetches the cache lines of so many bytes. Pays with several sources or targets and before streamed stores; between
-// one source and one target of ordinary stores the processor reads ahead better by itself.
-template <processor p, int bytes>
-QUILLO_INLINE inline void prefetch(void const* at)
-{
-    for (int line = 0; line < bytes; line += 64)
-        _mm_prefetch(static_cast<char const*>(at) + line, _MM_HINT_T0);
-}
-
-QUILLO_INLINE inline void move_string(unsigned char const* from, unsigned char* to, std::ptrdiff_t bytes)
-{
-#if defined(__x86_64__)
-    asm volatile("rep movsb" : "+S"(from), "+D"(to), "+c"(bytes) : : "memory");
-#else
-    __builtin_memcpy(to, from, bytes);
-#endif
-}
-
-// body.operator()<V, streaming>(i) for every whole block of `pixels` of the run, i being its first pixel: V::lanes
-// blocks at once while there are so many, then one by one. Returns how many pixels that was.
-template <processor p, int pixels, bool streaming, class Body>
-QUILLO_INLINE inline std::ptrdiff_t blocks_stored(std::ptrdiff_t count, Body const& body)
-{
-    constexpr std::ptrdiff_t step = std::ptrdiff_t{pixels} * lanes_of<p>;
-    std::ptrdiff_t i = 0;
-    for (; i + step <= count; i += step)
-        body.template operator()<widest_vec<p>, streaming>(i);
-    if constexpr (lanes_of < p >> 1)
-        for (; i + pixels <= count; i += pixels)
-            body.template operator()<vec<p, 1>, streaming>(i);
-    return i;
-}
-
-template <processor p, int pixels, class Body>
-QUILLO_INLINE inline std::ptrdiff_t blocks(std::ptrdiff_t count, access how, Body const& body)
-{
-    detail::note_ran(p);
-    return how.streaming ? blocks_stored<p, pixels, true>(count, body) : blocks_stored<p, pixels, false>(count, body);
-}
-
-// A running AND of vectors of either width of blocks().
-template <processor p>
-class running_and
-{
-  public:
-    QUILLO_INLINE void add(widest_vec<p> v) { wide_ = wide_ & v; }
-
-    template <class V>
-    QUILLO_INLINE void add(V v)
-    {
-        narrow_ = narrow_ & v;
-    }
-
-    QUILLO_INLINE vec<p, 1> result() const { return wide_.fold_and() & narrow_; }
-
-  private:
-    widest_vec<p> wide_ = widest_vec<p>::ones();
-    vec<p, 1> narrow_ = vec<p, 1>::ones();
-};
-
-} // namespace Processing::FXlib::format_conversion::line

@@ -1,7 +1,7 @@
 #include "lib/format_conversion/line/chroma_merge.h"
 
+#include "lib/format_conversion/line/blocks.h"
 #include "lib/format_conversion/line/instances.h"
-#include "lib/format_conversion/line/vec.h"
 
 namespace Processing::FXlib::format_conversion::line {
 

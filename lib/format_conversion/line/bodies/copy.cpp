@@ -1,7 +1,8 @@
 #include "lib/format_conversion/line/copy.h"
 
+#include "lib/format_conversion/line/blocks.h"
+#include "lib/format_conversion/line/bodies/alpha_test.h"
 #include "lib/format_conversion/line/instances.h"
-#include "lib/format_conversion/line/vec.h"
 
 namespace Processing::FXlib::format_conversion::line {
 
@@ -27,30 +28,6 @@ QUILLO_INLINE inline std::ptrdiff_t vectors(std::ptrdiff_t bytes, access how, Bo
                body.template operator()<V, streaming>(by_eight + at);
            });
 }
-
-// The AND of four-byte pixels, looked at in vectors and one by one.
-template <processor p>
-class alpha_test
-{
-  public:
-    template <class V>
-    QUILLO_INLINE void add(V pixels)
-    {
-        vectors_.add(pixels);
-    }
-    QUILLO_INLINE void add_alpha(unsigned char alpha) { rest_ &= alpha; }
-
-    QUILLO_INLINE bool opaque() const
-    {
-        static constexpr lane<unsigned> alpha_mask_128{0xFF000000u};
-        auto const alphas = vectors_.result() & vec<p, 1>::repeat(alpha_mask_128);
-        return (alphas.mask_of_255() & 0x8888) == 0x8888 && rest_ == 255;
-    }
-
-  private:
-    running_and<p> vectors_;
-    unsigned rest_ = 255;
-};
 
 } // namespace
 

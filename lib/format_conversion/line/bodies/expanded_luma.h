@@ -1,9 +1,7 @@
 // Studio-range luma widened to full range: 17 becomes 0 and 234 becomes 255.
 #pragma once
 
-#include "lib/format_conversion/line/vec.h"
-
-#include <algorithm>
+#include "lib/format_conversion/line/blocks.h"
 
 namespace Processing::FXlib::format_conversion::line {
 

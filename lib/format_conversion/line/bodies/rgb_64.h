@@ -2,9 +2,7 @@
 #pragma once
 
 #include "lib/format_conversion/detail/weights.h"
-#include "lib/format_conversion/line/vec.h"
-
-#include <algorithm>
+#include "lib/format_conversion/line/blocks.h"
 
 namespace Processing::FXlib::format_conversion::line {
 
@@ -46,12 +44,10 @@ struct rgb_bytes
 
 // One pixel behind the last whole block: luma takes nothing from the chroma here, and nothing wraps.
 template <processor p, bool matrix>
-rgb_bytes rgb_64(int y, int u, int v)
+QUILLO_INLINE inline rgb_bytes rgb_64(int y, int u, int v)
 {
     constexpr auto weights = detail::to_rgb_64<matrix>;
-    auto const level = [y](int chroma) {
-        return static_cast<unsigned char>(std::clamp((74 * y - 1192 + chroma) >> 6, 0, 255));
-    };
+    auto const level = [y](int chroma) { return saturate((74 * y - 1192 + chroma) >> 6); };
     return {level(weights.r_v * (v - 128)), level(-weights.g_u * (u - 128) - weights.g_v * (v - 128)),
             level(weights.b_u * (u - 128))};
 }

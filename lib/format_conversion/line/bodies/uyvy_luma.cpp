@@ -1,8 +1,8 @@
 #include "lib/format_conversion/line/uyvy_luma.h"
 
+#include "lib/format_conversion/line/blocks.h"
 #include "lib/format_conversion/line/bodies/expanded_luma.h"
 #include "lib/format_conversion/line/instances.h"
-#include "lib/format_conversion/line/vec.h"
 
 namespace Processing::FXlib::format_conversion::line {
 
@@ -25,7 +25,7 @@ void take_luma::run(unsigned char const* src, unsigned char* dst, int count, acc
     for (; i < count; ++i) {
         int const y = src[i * 2 + 1];
         // Unshifted behind the last whole block: 18 and above is white there.
-        dst[i] = static_cast<unsigned char>(expand ? std::clamp(expanded_luma_256<p>(y), 0, 255) : y);
+        dst[i] = expand ? saturate(expanded_luma_256<p>(y)) : static_cast<unsigned char>(y);
     }
 }
 

@@ -1,10 +1,8 @@
 #include "lib/format_conversion/line/uyvy_to_bgr.h"
 
 #include "lib/format_conversion/detail/weights.h"
+#include "lib/format_conversion/line/blocks.h"
 #include "lib/format_conversion/line/instances.h"
-#include "lib/format_conversion/line/vec.h"
-
-#include <algorithm>
 
 namespace Processing::FXlib::format_conversion::line {
 
@@ -66,10 +64,7 @@ struct channel
         return pack_u8(sum(even_y), sum(odd_y));
     }
 
-    static unsigned char of(int y, int u, int v)
-    {
-        return static_cast<unsigned char>(std::clamp((w.y * y + w.u * u + w.v * v + w.constant) >> 8, 0, 255));
-    }
+    static unsigned char of(int y, int u, int v) { return saturate((w.y * y + w.u * u + w.v * v + w.constant) >> 8); }
 };
 
 // The bytes of component `which` (0 B, 1 G, 2 R), even pixels then odd ones, that go into vector `part` of the three

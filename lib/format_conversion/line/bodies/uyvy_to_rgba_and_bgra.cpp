@@ -3,6 +3,8 @@
 #include "lib/format_conversion/line/bodies/rgb_64.h"
 #include "lib/format_conversion/line/instances.h"
 
+#include <cstring>
+
 #include <utility>
 
 namespace Processing::FXlib::format_conversion::line {
@@ -58,7 +60,7 @@ QUILLO_INLINE inline void four_bytes(unsigned char const* src, Alpha alpha, unsi
             auto const [r, g, b] = rgb_64<p, matrix>(src[at * 2 + 1], src[i * 2], src[i * 2 + 2]);
             auto const [first, third] = in_order(r, b);
             unsigned char const pixel[] = {first, g, third, alpha[at]};
-            std::copy_n(pixel, 4, dst + at * 4);
+            std::memcpy(dst + at * 4, pixel, 4);
         }
 }
 

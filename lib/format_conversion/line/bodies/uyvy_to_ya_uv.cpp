@@ -1,8 +1,8 @@
 #include "lib/format_conversion/line/uyvy_to_ya_uv.h"
 
+#include "lib/format_conversion/line/blocks.h"
 #include "lib/format_conversion/line/bodies/expanded_luma.h"
 #include "lib/format_conversion/line/instances.h"
-#include "lib/format_conversion/line/vec.h"
 
 namespace Processing::FXlib::format_conversion::line {
 
@@ -28,7 +28,7 @@ struct key_image
     unsigned char operator[](std::ptrdiff_t i) const
     {
         int const y = key[i * 2 + 1];
-        return static_cast<unsigned char>(expand ? std::clamp(expanded_luma_256<p>(y) >> 8, 0, 255) : y);
+        return expand ? saturate(expanded_luma_256<p>(y) >> 8) : static_cast<unsigned char>(y);
     }
 };
 

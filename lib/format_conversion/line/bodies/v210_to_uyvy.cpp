@@ -1,8 +1,7 @@
 #include "lib/format_conversion/line/v210_to_uyvy.h"
 
+#include "lib/format_conversion/line/blocks.h"
 #include "lib/format_conversion/line/instances.h"
-#include "lib/format_conversion/line/vec.h"
-#include <algorithm>
 #include <cstring>
 
 namespace Processing::FXlib::format_conversion::line {
@@ -39,7 +38,7 @@ void narrow_v210::run(unsigned char const* src, unsigned char* dst, int count, a
             std::memcpy(&word, group + n / 3 * 4, sizeof word);
             uyvy[n] = static_cast<unsigned char>(word >> (n % 3 * 10 + 2));
         }
-        std::copy_n(uyvy, pairs * 4, dst + i * 2);
+        std::memcpy(dst + i * 2, uyvy, static_cast<std::size_t>(pairs * 4));
     }
 }
 

@@ -1,8 +1,7 @@
 #include "lib/format_conversion/line/y_to_uyvy.h"
 
+#include "lib/format_conversion/line/blocks.h"
 #include "lib/format_conversion/line/instances.h"
-#include "lib/format_conversion/line/vec.h"
-#include <algorithm>
 
 namespace Processing::FXlib::format_conversion::line {
 

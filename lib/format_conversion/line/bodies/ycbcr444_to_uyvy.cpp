@@ -1,7 +1,7 @@
 #include "lib/format_conversion/line/ycbcr444_to_uyvy.h"
 
+#include "lib/format_conversion/line/blocks.h"
 #include "lib/format_conversion/line/instances.h"
-#include "lib/format_conversion/line/vec.h"
 
 namespace Processing::FXlib::format_conversion::line {
 
@@ -53,8 +53,9 @@ void reorder_444::run(unsigned char const* src, unsigned char* dst, int count, a
     auto i = blocks<p, 8>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
         prefetch<p, 32 * V::lanes>(src + at * 4 + how.ahead);
         auto const to_uyvy = V::repeat(reorder<order>);
-        auto const [low, high] = V::template load_pairs<src_aligned>(src + at * 4);
-        zip_low_64(shuffle(low, to_uyvy), shuffle(high, to_uyvy)).template store<dst_aligned, streaming>(dst + at * 2);
+        auto const [first, second] = V::template load_two<src_aligned>(src + at * 4);
+        auto const pairs = in_order(zip_low_64(shuffle(first, to_uyvy), shuffle(second, to_uyvy)));
+        pairs.template store<dst_aligned, streaming>(dst + at * 2);
     });
     for (; i < count; i += 2)
         reorder_pair<order>(src + i * 4, dst + i * 2);
@@ -76,8 +77,9 @@ void composite_444::run(unsigned char const* src, unsigned char* dst, int count,
             auto const picture = mul_high_u16(zip_low_8(V::zero(), bytes_and_alphas), weight);
             return add_16(mul_high_u16(sub_16(all, weight), black), picture);
         };
-        auto const [low, high] = V::template load_pairs<src_aligned>(src + at * 4);
-        pack_u8(over_black(low), over_black(high)).template store<dst_aligned, streaming>(dst + at * 2);
+        auto const [first, second] = V::template load_two<src_aligned>(src + at * 4);
+        auto const pairs = in_order(pack_u8(over_black(first), over_black(second)));
+        pairs.template store<dst_aligned, streaming>(dst + at * 2);
     });
 
     // Floors the distance from black, where the blocks floor the two parts of the sum.
@@ -102,17 +104,17 @@ bool split_alpha_444::run(unsigned char const* src, unsigned char* dst, unsigned
     auto i = blocks<p, 8>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
         prefetch<p, 32 * V::lanes>(src + at * 4 + how.ahead);
         auto const to_uyvy = V::repeat(reorder<order>);
-        auto const [first, second] = V::template load_pairs<src_aligned>(src + at * 4);
+        auto const [first, second] = V::template load_two<src_aligned>(src + at * 4);
         auto const low = shuffle(first, to_uyvy), high = shuffle(second, to_uyvy);
-        zip_low_64(low, high).template store<dst_aligned, streaming>(dst + at * 2);
+        in_order(zip_low_64(low, high)).template store<dst_aligned, streaming>(dst + at * 2);
         auto const alphas = zip_high_64(low, high); // A0 A0 A1 A1 A2 A2 A3 A3 | A4 A4 A5 A5 A6 A6 A7 A7
         // Pixels 4..7 of a block have no alpha of their own in the plane, pixel j shows that of pixel j / 2.
-        alphas.template store_low_halves<streaming>(alpha + at);
+        alphas.template store_low_halves_in_order<streaming>(alpha + at);
         if constexpr (test_alpha)
             every_alpha.add(alphas);
     });
 
-    unsigned value = test_alpha ? static_cast<unsigned>(every_alpha.result().mask_of_255()) : 0;
+    unsigned value = test_alpha ? static_cast<unsigned>(every_alpha.result_in_order().mask_of_255()) : 0;
     for (; i < count; i += 2) {
         reorder_pair<order>(src + i * 4, dst + i * 2);
         alpha[i] = src[i * 4 + A];

@@ -1,0 +1,89 @@
+// From a run of pixels to its blocks: what every kernel body has in common.
+#pragma once
+
+#include "lib/format_conversion/detail/processor.h"
+#include "lib/format_conversion/line/access.h"
+#include "lib/format_conversion/line/vec.h"
+
+#include <cstddef>
+
+namespace Processing::FXlib::format_conversion::line {
+
+template <processor p>
+constexpr int lanes_of = p == processor::avx512 ? 4
+                         : p == processor::avx2 ? 2
+                                                : 1;
+
+template <processor p>
+using widest_vec = vec<p, lanes_of<p>>;
+
+// Fetches the cache lines of so many bytes. Pays with several sources or targets and before streamed stores; between
+// one source and one target of ordinary stores the processor reads ahead better by itself.
+template <processor p, int bytes>
+QUILLO_INLINE inline void prefetch(void const* at)
+{
+    for (int line = 0; line < bytes; line += 64)
+        _mm_prefetch(static_cast<char const*>(at) + line, _MM_HINT_T0);
+}
+
+QUILLO_INLINE inline void move_string(unsigned char const* from, unsigned char* to, std::ptrdiff_t bytes)
+{
+#if defined(__x86_64__)
+    asm volatile("rep movsb" : "+S"(from), "+D"(to), "+c"(bytes) : : "memory");
+#else
+    __builtin_memcpy(to, from, bytes);
+#endif
+}
+
+// body.operator()<V, streaming>(i) for every whole block of `pixels` of the run, i being its first pixel: V::lanes
+// blocks at once while there are so many, then one by one. Returns how many pixels that was.
+template <processor p, int pixels, bool streaming, class Body>
+QUILLO_INLINE inline std::ptrdiff_t blocks_stored(std::ptrdiff_t count, Body const& body)
+{
+    constexpr std::ptrdiff_t step = std::ptrdiff_t{pixels} * lanes_of<p>;
+    std::ptrdiff_t i = 0;
+    for (; i + step <= count; i += step)
+        body.template operator()<widest_vec<p>, streaming>(i);
+    if constexpr (1 < lanes_of<p>)
+        for (; i + pixels <= count; i += pixels)
+            body.template operator()<vec<p, 1>, streaming>(i);
+    return i;
+}
+
+template <processor p, int pixels, class Body>
+QUILLO_INLINE inline std::ptrdiff_t blocks(std::ptrdiff_t count, access how, Body const& body)
+{
+    detail::note_ran(p);
+    return how.streaming ? blocks_stored<p, pixels, true>(count, body) : blocks_stored<p, pixels, false>(count, body);
+}
+
+// A level limited to what a byte holds. Nothing of the standard library's stands here: its inline functions have one
+// symbol for all processors.
+QUILLO_INLINE inline unsigned char saturate(int level)
+{
+    return static_cast<unsigned char>(level < 0 ? 0 : level > 255 ? 255 : level);
+}
+
+// A running AND of vectors of either width of blocks().
+template <processor p>
+class running_and
+{
+  public:
+    QUILLO_INLINE void add(widest_vec<p> v) { wide_ = wide_ & v; }
+
+    template <class V>
+    QUILLO_INLINE void add(V v)
+    {
+        narrow_ = narrow_ & v;
+    }
+
+    QUILLO_INLINE vec<p, 1> result() const { return wide_.fold_and() & narrow_; }
+    // Of vectors put together from pairs of load_two().
+    QUILLO_INLINE vec<p, 1> result_in_order() const { return in_order(wide_).fold_and() & narrow_; }
+
+  private:
+    widest_vec<p> wide_ = widest_vec<p>::ones();
+    vec<p, 1> narrow_ = vec<p, 1>::ones();
+};
+
+} // namespace Processing::FXlib::format_conversion::line
