@@ -20,6 +20,9 @@ struct png_layout
     bool planar = false;
 };
 
+// Twice an 8K picture: a small file cannot ask for all memory.
+constexpr std::size_t most_pixels = std::size_t{1} << 26;
+
 constexpr png_layout layouts[] = {
     {"bgra", 4, {2, 1, 0, 3}},  {"rgba", 4, {0, 1, 2, 3}}, {"bgrx", 4, {2, 1, 0, -1}},
     {"rgbx", 4, {0, 1, 2, -1}}, {"bgr", 3, {2, 1, 0, -1}}, {"r_g_b", 3, {0, 1, 2, -1}, true},
@@ -71,9 +74,11 @@ png_picture read_png(bytes const& file, std::string const& layout)
     image.version = PNG_IMAGE_VERSION;
     if (!png_image_begin_read_from_memory(&image, file.data(), file.size()))
         throw input_error{std::string{"not a PNG: "} + image.message};
-    if (image.width > longest_side || image.height > longest_side) {
+    std::size_t const pixels = std::size_t{image.width} * image.height;
+    if (image.width > longest_side || image.height > longest_side || pixels > most_pixels) {
         png_image_free(&image);
-        throw input_error{"PNG larger than " + std::to_string(longest_side) + " pixels"};
+        throw input_error{"PNG of " + std::to_string(image.width) + 'x' + std::to_string(image.height) +
+                          " is too large"};
     }
     image.format = format_of(l);
     bytes decoded(PNG_IMAGE_SIZE(image));
@@ -83,7 +88,6 @@ png_picture read_png(bytes const& file, std::string const& layout)
 
     png_picture result;
     result.size = {static_cast<int>(image.width), static_cast<int>(image.height)};
-    std::size_t const pixels = static_cast<std::size_t>(image.width) * image.height;
     // What has no place in the file, the fourth byte of bgrx for one, is 255.
     result.file.assign(pixels * static_cast<std::size_t>(l.bytes_per_pixel), 255);
     auto in = decoded.begin();
