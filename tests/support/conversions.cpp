@@ -114,8 +114,11 @@ void add_rgb_to_uyvy(rows& t)
     to_uyvy_a("rgba_709::uyvy_a", invoke<fc::rgba_709::uyvy_a>, bt709, rgba);
 
     void (*const from_bgr)(call const&) = bgr_to_uyvy;
-    t.push_back(
-        {"bgr::uyvy", {in(3, whole_last_pair), out(2, whole_last_pair)}, last_argument::none, invoke<fc::bgr::uyvy>, from_bgr});
+    t.push_back({"bgr::uyvy",
+                 {in(3, whole_last_pair), out(2, whole_last_pair)},
+                 last_argument::none,
+                 invoke<fc::bgr::uyvy>,
+                 from_bgr});
 }
 
 void add_rgb_to_ycbcr444(rows& t)
@@ -167,9 +170,8 @@ void add_uyvy_to_rgb(rows& t)
     auto always_709 = [](call const&) { return bt709; };
 
     auto to_rgba = [&](char const* name, library f, auto chosen, rgb_order order, last_argument last = none) {
-        t.push_back({name, {in(2, whole_pairs), out(4, whole_pairs)}, last, f, [=](call const& c) {
-                         uyvy_to_rgba(c, chosen(c), order);
-                     }});
+        t.push_back(
+            {name, {in(2), out(4, whole_pairs)}, last, f, [=](call const& c) { uyvy_to_rgba(c, chosen(c), order); }});
     };
     to_rgba("uyvy::bgra", invoke<fc::uyvy::bgra>, only_601, bgra, color_space);
     to_rgba("uyvy::bgra_601", invoke<fc::uyvy::bgra_601>, always_601, bgra);
@@ -185,7 +187,7 @@ void add_uyvy_to_rgb(rows& t)
     to_rgba("uyvy::rgbx_709", invoke<fc::uyvy::rgbx_709>, always_709, rgba);
 
     auto with_alpha = [&](char const* name, library f, auto chosen, rgb_order order, last_argument last = none) {
-        t.push_back({name, {in(2, whole_pairs), in(1, whole_pairs), out(4, whole_pairs)}, last, f, [=](call const& c) {
+        t.push_back({name, {in(2), in(1), out(4, whole_pairs)}, last, f, [=](call const& c) {
                          uyvy_a_to_rgba(c, chosen(c), order);
                      }});
     };
@@ -207,11 +209,10 @@ void add_uyvy_to_rgb(rows& t)
     to_bgr("uyvy::bgr_709", invoke<fc::uyvy::bgr_709>, always_709);
 
     auto to_r_g_b = [&](char const* name, library f, auto chosen, last_argument last = none) {
-        t.push_back({name,
-                     {in(2, whole_pairs), out(1, whole_pairs), out(1, whole_pairs), out(1, whole_pairs)},
-                     last,
-                     f,
-                     [=](call const& c) { uyvy_to_r_g_b(c, chosen(c)); }});
+        t.push_back(
+            {name, {in(2), out(1, whole_pairs), out(1, whole_pairs), out(1, whole_pairs)}, last, f, [=](call const& c) {
+                 uyvy_to_r_g_b(c, chosen(c));
+             }});
         t.back().outputs_share_stride = true;
     };
     to_r_g_b("uyvy::r_g_b", invoke<fc::uyvy::r_g_b>, only_709, color_space);

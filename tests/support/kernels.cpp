@@ -8,10 +8,8 @@
 #include <string>
 #include <utility>
 
-namespace quillo::conversions
-{
-namespace
-{
+namespace quillo::conversions {
+namespace {
 
 namespace line = Processing::FXlib::format_conversion::line;
 using namespace reference;
@@ -40,9 +38,11 @@ void add_one(rows& t, std::string_view name, Make make, std::index_sequence<flag
 template <int flags, class Make>
 void add(rows& t, std::string_view name, Make make)
 {
-    [&]<std::size_t... bits>(std::index_sequence<bits...>) {
+    [&]<std::size_t... bits>(std::index_sequence<bits...>)
+    {
         (add_one<Make, bits>(t, name, make, std::make_index_sequence<flags>{}), ...);
-    }(std::make_index_sequence<1u << flags>{});
+    }
+    (std::make_index_sequence<1u << flags>{});
 }
 
 conversion row(planes shapes, void (*kernel)(call const&), std::function<void(call const&)> reference,
@@ -61,14 +61,15 @@ void store_result(call const& c, bool opaque)
 
 void add_copies(rows& t)
 {
-    add<2>(t, "line::y::y", []<bool... f>() {
-        return row({in(1), out(1)}, invoke_kernel<line::y::y<f...>>,
-                   [](call const& c) { copy_bytes(c.planes[0].data, c.planes[1].data, c.width); });
-    });
+    add<2>(
+        t, "line::y::y", []<bool... f>() {
+            return row({in(1), out(1)}, invoke_kernel<line::y::y<f...>>,
+                       [](call const& c) { copy_bytes(c.planes[0].data, c.planes[1].data, c.width); });
+        });
     add<3>(t, "line::bgra::bgra", []<bool src, bool dst, bool test>() {
-        return row({in(4), out(4)}, invoke_kernel<line::bgra::bgra<src, dst, test>>,
-                   [](call const& c) { store_result(c, copy_pixels(c.planes[0].data, c.planes[1].data, c.width)); },
-                   test);
+        return row(
+            {in(4), out(4)}, invoke_kernel<line::bgra::bgra<src, dst, test>>,
+            [](call const& c) { store_result(c, copy_pixels(c.planes[0].data, c.planes[1].data, c.width)); }, test);
     });
 }
 
@@ -87,18 +88,22 @@ void add_ycbcr444_to_uyvy(rows& t)
             store_result(c, split_to_uyvy_a(c.planes[0].data, c.planes[1].data, c.planes[2].data, c.width, order));
         };
     };
-    add<2>(t, "line::ycbcra::uyvy", [&]<bool... f>() {
-        return row(to_uyvy, invoke_kernel<line::ycbcra::uyvy<f...>>, over_black(order444::ycbcr));
-    });
-    add<2>(t, "line::vuya::uyvy", [&]<bool... f>() {
-        return row(to_uyvy, invoke_kernel<line::vuya::uyvy<f...>>, over_black(order444::vuy));
-    });
-    add<2>(t, "line::ycbcrx::uyvy", [&]<bool... f>() {
-        return row(to_uyvy, invoke_kernel<line::ycbcrx::uyvy<f...>>, reorder(order444::ycbcr));
-    });
-    add<2>(t, "line::vuyx::uyvy", [&]<bool... f>() {
-        return row(to_uyvy, invoke_kernel<line::vuyx::uyvy<f...>>, reorder(order444::vuy));
-    });
+    add<2>(
+        t, "line::ycbcra::uyvy", [&]<bool... f>() {
+            return row(to_uyvy, invoke_kernel<line::ycbcra::uyvy<f...>>, over_black(order444::ycbcr));
+        });
+    add<2>(
+        t, "line::vuya::uyvy", [&]<bool... f>() {
+            return row(to_uyvy, invoke_kernel<line::vuya::uyvy<f...>>, over_black(order444::vuy));
+        });
+    add<2>(
+        t, "line::ycbcrx::uyvy", [&]<bool... f>() {
+            return row(to_uyvy, invoke_kernel<line::ycbcrx::uyvy<f...>>, reorder(order444::ycbcr));
+        });
+    add<2>(
+        t, "line::vuyx::uyvy", [&]<bool... f>() {
+            return row(to_uyvy, invoke_kernel<line::vuyx::uyvy<f...>>, reorder(order444::vuy));
+        });
     add<3>(t, "line::ycbcra::uyvy_a", [&]<bool src, bool dst, bool test>() {
         return row(to_uyvy_a, invoke_kernel<line::ycbcra::uyvy_a<src, dst, test>>, split(order444::ycbcr), test);
     });
@@ -107,22 +112,69 @@ void add_ycbcr444_to_uyvy(rows& t)
     });
 }
 
-rgb_order order_of(bool rgba)
+rgb_order order_of(bool rgba) { return rgba ? rgb_order::rgba : rgb_order::bgra; }
+
+matrix matrix_of(bool is_709) { return is_709 ? bt709 : bt601; }
+
+template <bool premultiply, bool is_709>
+void add_rgb_to_uyvy_with(rows& t, std::string_view name)
 {
-    return rgba ? rgb_order::rgba : rgb_order::bgra;
+    add<3>(t, name, []<bool src, bool dst, bool rgba>() {
+        return row({in(4, whole_pairs), out(2, whole_pairs)},
+                   invoke_kernel<line::rgba_and_bgra::uyvy<src, dst, premultiply, is_709, rgba>>, [](call const& c) {
+                       if (premultiply)
+                           premultiplied_rgb_to_uyvy(c.planes[0].data, c.planes[1].data, c.width, order_of(rgba));
+                       else
+                           rgb_to_uyvy(c.planes[0].data, c.planes[1].data, c.width, matrix_of(is_709), order_of(rgba));
+                   });
+    });
 }
 
-matrix matrix_of(bool is_709)
+void add_rgb_to_uyvy(rows& t)
 {
-    return is_709 ? bt709 : bt601;
+    add_rgb_to_uyvy_with<true, true>(t, "line::rgba_and_bgra::uyvy premultiply 709 ");
+    add_rgb_to_uyvy_with<false, true>(t, "line::rgba_and_bgra::uyvy 709 ");
+    add_rgb_to_uyvy_with<false, false>(t, "line::rgba_and_bgra::uyvy 601 ");
+    add<5>(t, "line::rgba_and_bgra::uyvy_a", []<bool src, bool dst, bool is_709, bool test, bool rgba>() {
+        return row(
+            {in(4, whole_pairs), out(2, whole_pairs), out(1, whole_pairs)},
+            invoke_kernel<line::rgba_and_bgra::uyvy_a<src, dst, is_709, test, rgba>>,
+            [](call const& c) {
+                store_result(c, rgb_to_uyvy_a(c.planes[0].data, c.planes[1].data, c.planes[2].data, c.width,
+                                              matrix_of(is_709), order_of(rgba)));
+            },
+            test);
+    });
+    add<2>(t, "line::bgr::uyvy 709 ", []<bool src, bool dst>() {
+        return row({in(3, whole_last_pair), out(2, whole_last_pair)}, invoke_kernel<line::bgr::uyvy<src, dst, true>>,
+                   [](call const& c) { bgr_to_uyvy(c.planes[0].data, c.planes[1].data, c.width); });
+    });
+}
+
+void add_rgb_to_ycbcr444(rows& t)
+{
+    auto reference = [](bool is_709, bool rgba, bool crcby, fourth_byte fourth) {
+        return [=](call const& c) {
+            rgb_to_ycbcr444(c.planes[0].data, c.planes[1].data, c.width, matrix_of(is_709), order_of(rgba),
+                            crcby ? ycbcr_order::crcby : ycbcr_order::ycbcr, fourth);
+        };
+    };
+    add<5>(t, "line::rgba_and_bgra::ycbcra", [&]<bool src, bool dst, bool is_709, bool rgba, bool crcby>() {
+        return row({in(4), out(4)}, invoke_kernel<line::rgba_and_bgra::ycbcra<src, dst, is_709, rgba, crcby>>,
+                   reference(is_709, rgba, crcby, fourth_byte::alpha));
+    });
+    add<5>(t, "line::rgba_and_bgra::ycbcrx", [&]<bool src, bool dst, bool is_709, bool rgba, bool crcby>() {
+        return row({in(4), out(4)}, invoke_kernel<line::rgba_and_bgra::ycbcrx<src, dst, is_709, rgba, crcby>>,
+                   reference(is_709, rgba, crcby, fourth_byte::filler));
+    });
 }
 
 void add_uyvy_to_rgb(rows& t)
 {
-    static planes const to_rgba{in(2, whole_pairs), out(4, whole_pairs)};
-    static planes const a_to_rgba{in(2, whole_pairs), in(1, whole_pairs), out(4, whole_pairs)};
+    static planes const to_rgba{in(2), out(4, whole_pairs)};
+    static planes const a_to_rgba{in(2), in(1), out(4, whole_pairs)};
     static planes const to_bgr{in(2, whole_last_pair), out(3, whole_last_pair)};
-    static planes const to_planes{in(2, whole_pairs), out(1, whole_pairs), out(1, whole_pairs), out(1, whole_pairs)};
+    static planes const to_planes{in(2), out(1, whole_pairs), out(1, whole_pairs), out(1, whole_pairs)};
     auto rgba_reference = [](bool is_709, bool rgba) {
         return [=](call const& c) {
             uyvy_to_rgba(c.planes[0].data, nullptr, c.planes[1].data, c.width, matrix_of(is_709), order_of(rgba));
@@ -158,58 +210,71 @@ void add_uyvy_to_rgb(rows& t)
         return row(to_planes, invoke_kernel<line::uyvy::r_g_b<src, dst, is_709>>, planes_reference(is_709));
     });
 
-    add<2>(t, "line::uyvy::bgra_601", [&]<bool... f>() {
-        return row(to_rgba, invoke_kernel<line::uyvy::bgra_601<f...>>, rgba_reference(false, false));
-    });
-    add<2>(t, "line::uyvy::bgra_709", [&]<bool... f>() {
-        return row(to_rgba, invoke_kernel<line::uyvy::bgra_709<f...>>, rgba_reference(true, false));
-    });
-    add<2>(t, "line::uyvy::rgba_601", [&]<bool... f>() {
-        return row(to_rgba, invoke_kernel<line::uyvy::rgba_601<f...>>, rgba_reference(false, true));
-    });
-    add<2>(t, "line::uyvy::rgba_709", [&]<bool... f>() {
-        return row(to_rgba, invoke_kernel<line::uyvy::rgba_709<f...>>, rgba_reference(true, true));
-    });
-    add<2>(t, "line::uyvy_a::bgra_601", [&]<bool... f>() {
-        return row(a_to_rgba, invoke_kernel<line::uyvy_a::bgra_601<f...>>, a_reference(false, false));
-    });
-    add<2>(t, "line::uyvy_a::bgra_709", [&]<bool... f>() {
-        return row(a_to_rgba, invoke_kernel<line::uyvy_a::bgra_709<f...>>, a_reference(true, false));
-    });
-    add<2>(t, "line::uyvy_a::rgba_601", [&]<bool... f>() {
-        return row(a_to_rgba, invoke_kernel<line::uyvy_a::rgba_601<f...>>, a_reference(false, true));
-    });
-    add<2>(t, "line::uyvy_a::rgba_709", [&]<bool... f>() {
-        return row(a_to_rgba, invoke_kernel<line::uyvy_a::rgba_709<f...>>, a_reference(true, true));
-    });
-    add<2>(t, "line::uyvy::bgr_601", [&]<bool... f>() {
-        return row(to_bgr, invoke_kernel<line::uyvy::bgr_601<f...>>, bgr_reference(false));
-    });
-    add<2>(t, "line::uyvy::bgr_709", [&]<bool... f>() {
-        return row(to_bgr, invoke_kernel<line::uyvy::bgr_709<f...>>, bgr_reference(true));
-    });
-    add<2>(t, "line::uyvy::r_g_b_601", [&]<bool... f>() {
-        return row(to_planes, invoke_kernel<line::uyvy::r_g_b_601<f...>>, planes_reference(false));
-    });
-    add<2>(t, "line::uyvy::r_g_b_709", [&]<bool... f>() {
-        return row(to_planes, invoke_kernel<line::uyvy::r_g_b_709<f...>>, planes_reference(true));
-    });
+    add<2>(
+        t, "line::uyvy::bgra_601", [&]<bool... f>() {
+            return row(to_rgba, invoke_kernel<line::uyvy::bgra_601<f...>>, rgba_reference(false, false));
+        });
+    add<2>(
+        t, "line::uyvy::bgra_709", [&]<bool... f>() {
+            return row(to_rgba, invoke_kernel<line::uyvy::bgra_709<f...>>, rgba_reference(true, false));
+        });
+    add<2>(
+        t, "line::uyvy::rgba_601", [&]<bool... f>() {
+            return row(to_rgba, invoke_kernel<line::uyvy::rgba_601<f...>>, rgba_reference(false, true));
+        });
+    add<2>(
+        t, "line::uyvy::rgba_709", [&]<bool... f>() {
+            return row(to_rgba, invoke_kernel<line::uyvy::rgba_709<f...>>, rgba_reference(true, true));
+        });
+    add<2>(
+        t, "line::uyvy_a::bgra_601", [&]<bool... f>() {
+            return row(a_to_rgba, invoke_kernel<line::uyvy_a::bgra_601<f...>>, a_reference(false, false));
+        });
+    add<2>(
+        t, "line::uyvy_a::bgra_709", [&]<bool... f>() {
+            return row(a_to_rgba, invoke_kernel<line::uyvy_a::bgra_709<f...>>, a_reference(true, false));
+        });
+    add<2>(
+        t, "line::uyvy_a::rgba_601", [&]<bool... f>() {
+            return row(a_to_rgba, invoke_kernel<line::uyvy_a::rgba_601<f...>>, a_reference(false, true));
+        });
+    add<2>(
+        t, "line::uyvy_a::rgba_709", [&]<bool... f>() {
+            return row(a_to_rgba, invoke_kernel<line::uyvy_a::rgba_709<f...>>, a_reference(true, true));
+        });
+    add<2>(
+        t, "line::uyvy::bgr_601", [&]<bool... f>() {
+            return row(to_bgr, invoke_kernel<line::uyvy::bgr_601<f...>>, bgr_reference(false));
+        });
+    add<2>(
+        t, "line::uyvy::bgr_709", [&]<bool... f>() {
+            return row(to_bgr, invoke_kernel<line::uyvy::bgr_709<f...>>, bgr_reference(true));
+        });
+    add<2>(
+        t, "line::uyvy::r_g_b_601", [&]<bool... f>() {
+            return row(to_planes, invoke_kernel<line::uyvy::r_g_b_601<f...>>, planes_reference(false));
+        });
+    add<2>(
+        t, "line::uyvy::r_g_b_709", [&]<bool... f>() {
+            return row(to_planes, invoke_kernel<line::uyvy::r_g_b_709<f...>>, planes_reference(true));
+        });
 }
 
 void add_repacking(rows& t)
 {
-    add<2>(t, "line::uyvy_a::uyvy", []<bool... f>() {
-        return row({in(2, whole_last_pair), in(1, whole_last_pair), out(2, whole_last_pair)},
-                   invoke_kernel<line::uyvy_a::uyvy<f...>>, [](call const& c) {
-                       composite_over_black(c.planes[0].data, c.planes[1].data, c.planes[2].data, c.width);
-                   });
-    });
-    add<2>(t, "line::uyvy_a::crcbya", []<bool... f>() {
-        return row({in(2, whole_last_pair), in(1), out(4)}, invoke_kernel<line::uyvy_a::crcbya<f...>>,
-                   [](call const& c) {
-                       uyvy_a_to_crcbya(c.planes[0].data, c.planes[1].data, c.planes[2].data, c.width);
-                   });
-    });
+    add<2>(
+        t, "line::uyvy_a::uyvy", []<bool... f>() {
+            return row({in(2, whole_last_pair), in(1, whole_last_pair), out(2, whole_last_pair)},
+                       invoke_kernel<line::uyvy_a::uyvy<f...>>, [](call const& c) {
+                           composite_over_black(c.planes[0].data, c.planes[1].data, c.planes[2].data, c.width);
+                       });
+        });
+    add<2>(
+        t, "line::uyvy_a::crcbya", []<bool... f>() {
+            return row(
+                {in(2, whole_last_pair), in(1), out(4)}, invoke_kernel<line::uyvy_a::crcbya<f...>>,
+                [](call const& c) { uyvy_a_to_crcbya(c.planes[0].data, c.planes[1].data, c.planes[2].data, c.width); });
+        });
 }
 
 } // namespace
@@ -220,6 +285,8 @@ std::vector<conversion> const& all_kernels()
         rows t;
         add_copies(t);
         add_ycbcr444_to_uyvy(t);
+        add_rgb_to_uyvy(t);
+        add_rgb_to_ycbcr444(t);
         add_uyvy_to_rgb(t);
         add_repacking(t);
         return t;

@@ -33,11 +33,17 @@ call call_of(trial const& t)
     return c;
 }
 
+// Pixels of the whole picture as one run: a 32-bit product.
+int joined_count(trial const& t)
+{
+    return static_cast<int>(static_cast<unsigned>(t.width) * static_cast<unsigned>(t.height));
+}
+
 extent extent_of(trial const& t, std::size_t plane)
 {
     plane_shape const& shape = t.row->planes[plane];
     if (is_joined(*t.row, call_of(t)))
-        return {0, t.height < 1 ? 0 : shape.reach(t.width * t.height)};
+        return {0, t.height < 1 ? 0 : shape.reach(joined_count(t))};
     long const reach = shape.reach(t.width);
     int const lines = shape.lines(t.height);
     if (lines == 0 || reach == 0)
@@ -127,7 +133,7 @@ void trial_bench::fill_source(trial const& t, std::size_t plane, random_numbers&
 void trial_bench::set_alphas(trial const& t, std::size_t plane, unsigned char* data, random_numbers& random)
 {
     bool const joined = is_joined(*t.row, call_of(t));
-    int const pixels = static_cast<int>(t.row->planes[plane].reach(joined ? t.width * t.height : t.width) / 4);
+    int const pixels = static_cast<int>(t.row->planes[plane].reach(joined ? joined_count(t) : t.width) / 4);
     int const lines = joined ? 1 : std::max(t.height, 0);
     if (pixels < 1 || lines < 1)
         return;

@@ -51,6 +51,21 @@ TEST_P(Sweep, EqualsReferenceOnPictures)
                         return;
 }
 
+// 49152 x 262145 pixels are 3 x 2^32 + 49152, and so a run of 49152.
+TEST_P(Sweep, JoinedLinesCountPixelsIn32Bits)
+{
+    constexpr int width = 49152;
+    constexpr int height = 262145;
+    trial const t = draw_trial(GetParam(), width, height, stride_kind::joining, any_content(), random_);
+    call strides{.width = width, .height = height};
+    for (std::size_t i = 0; i < GetParam().planes.size(); ++i)
+        strides.planes[i].stride = t.strides[i];
+    if (is_joined(GetParam(), strides)) {
+        std::string const problem = bench().run(t, random_);
+        EXPECT_EQ(problem, "") << "seed " << seed();
+    }
+}
+
 // Targets that do not fit the caches are stored past them. Rows take turns here, by the seed, unless all is swept.
 TEST_P(Sweep, EqualsReferenceBeyondTheCaches)
 {

@@ -94,7 +94,7 @@ TEST(Table, HasEveryFrontEndOnce)
     std::multiset<std::string> found;
     for (conversion const& row : all()) {
         found.insert(std::string{row.name});
-        EXPECT_NE(row.library, nullptr) << row.name;
+        EXPECT_TRUE(row.library || row.target().empty()) << row.name;
         EXPECT_TRUE(row.reference) << row.name;
     }
     EXPECT_THAT(found, testing::ContainerEq(expected));

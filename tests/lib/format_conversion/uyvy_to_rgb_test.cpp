@@ -111,6 +111,14 @@ TEST(UyvyToBgra, ChromaByteAddsToTheLumaOfBlocks)
     EXPECT_EQ(o.planes[0][8 * 4], 4);
 }
 
+TEST(UyvyToBgra, ShortRunsAreTails)
+{
+    EXPECT_EQ(convert({"uyvy::bgra_709", 6, 1, {join({grey(20)}, 3)}}).planes[0][0], 4);
+    EXPECT_EQ(convert({"uyvy::bgra_709", 8, 1, {join({grey(20)}, 4)}}).planes[0][0], 5);
+    EXPECT_EQ(convert({"uyvy::r_g_b_709", 14, 1, {join({grey(20)}, 7)}}).planes[0][0], 4);
+    EXPECT_EQ(convert({"uyvy::r_g_b_709", 16, 1, {join({grey(20)}, 8)}}).planes[0][0], 5);
+}
+
 TEST(UyvyToBgra, AnyOtherMatrixNumberIs709)
 {
     bytes const source = join({{90, 100, 200, 150}}, 6);
