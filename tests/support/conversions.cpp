@@ -1,5 +1,6 @@
 #include "tests/support/conversions.h"
 
+#include "Plugins/Plugins.AdobeCC.Transmit/format_conversion.h"
 #include "lib/format_conversion/format_conversion.h"
 #include "tests/support/invoke.h"
 #include "tests/support/reference/reference.h"
@@ -276,9 +277,11 @@ void add_plugin_converters(rows& t)
 {
     std::vector<plane_shape> const planes{in(4, whole_last_pair), out(2, whole_last_pair), out(1, whole_last_pair)};
     void (*const over)(call const&) = composite;
-    t.push_back({"convert_BGRA_to_UYVY_A", planes, last_argument::none, nullptr, bgra_to_uyvy_a, true, false});
-    t.push_back({"convert_YUYA_to_UYVY_A", planes, last_argument::none, nullptr, yuya_to_uyvy_a, true, false});
-    t.push_back({"composite", {in(2), in(1), out(2)}, last_argument::none, nullptr, over, false, false});
+    t.push_back({"convert_BGRA_to_UYVY_A", planes, last_argument::none, invoke<::convert_BGRA_to_UYVY_A>,
+                 bgra_to_uyvy_a, true, false});
+    t.push_back({"convert_YUYA_to_UYVY_A", planes, last_argument::none, invoke<::convert_YUYA_to_UYVY_A>,
+                 yuya_to_uyvy_a, true, false});
+    t.push_back({"composite", {in(2), in(1), out(2)}, last_argument::none, invoke<::composite>, over, false, false});
 }
 
 } // namespace
