@@ -8,12 +8,12 @@ import road
 
 
 def judge(receiver, received, complaints, place_of, total):
-    wrong = [digest for digest in received if digest not in place_of]
+    wrong = [index for index, digest in enumerate(received) if digest not in place_of]
     places = [place_of[digest] for digest in received if digest in place_of]
     steps = [(b - a) % total for a, b in zip(places, places[1:])]
     missed = sum(step - 1 for step in steps if step > 1)
     repeated = sum(1 for step in steps if step == 0)
-    print(f"{receiver}: {len(received)} frames, {len(wrong)} different, {missed} missed, {repeated} repeated")
+    print(f"{receiver}: {len(received)} frames, {len(wrong)} different {wrong[:9] or ''}, {missed} missed, {repeated} repeated")
     if complaints.strip():
         print("  " + complaints.strip().replace("\n", "\n  "))
     return bool(received) and not wrong
@@ -23,7 +23,7 @@ def main():
     path = sys.argv[1]
     seconds = float(sys.argv[2]) if len(sys.argv) > 2 else 10
     video = next(s for s in road.probe(path) if s["codec_type"] == "video")
-    lower_first = video.get("field_order") in ("bb", "bt")
+    lower_first = video.get("field_order") in ("bb", "tb")
     place_of = {}
     for place, rows in enumerate(road.file_pictures(path)):
         if lower_first:  # the host's top line is left out, and two or, of 486, six lines in all

@@ -121,34 +121,37 @@ def probe(path_or_url, seconds=30, extra=()):
     return json.loads(result.stdout)["streams"]
 
 
-def file_pictures(path, frames=None):
-    """The file's frames as UYVY, from its own 4:2:0 samples: each chroma sample serves its 2 x 2 pixels, nothing is
-    filtered. An odd width loses its last column, as 4:2:2 has only pairs."""
+def file_pictures(path):
+    """The file's frames as UYVY, from its own samples: each chroma sample serves the pixels it was made for, nothing is
+    filtered, and a pair of pixels takes the chroma of its left one. An odd width loses its last column."""
     video = next(s for s in probe(path) if s["codec_type"] == "video")
-    width, height = video["width"], video["height"]
-    if video["pix_fmt"] not in ("yuv420p", "yuvj420p"):
-        raise RoadError(f"{path}: {video['pix_fmt']} is not 4:2:0")
-    chroma_width, chroma_height = (width + 1) // 2, (height + 1) // 2
-    limit = ["-frames:v", str(frames)] if frames else []
-    process = subprocess.Popen(["ffmpeg", "-v", "error", "-i", path, "-map", "0:v:0", *limit, "-f", "rawvideo", "-vsync",
-                                "0", "-pix_fmt", "yuv420p", "-"], stdout=subprocess.PIPE, stdin=subprocess.DEVNULL)
+    width, height, pixels = video["width"], video["height"], video["pix_fmt"]
+    halves = {"yuv420p": (1, 1), "yuvj420p": (1, 1), "yuv422p": (1, 0), "yuv444p": (0, 0)}
+    if pixels not in halves:
+        raise RoadError(f"{path}: {pixels} is not one of {', '.join(halves)}")
+    across, down = halves[pixels]
+    chroma_width, chroma_height = (width + across) >> across, (height + down) >> down
     size = width * height + 2 * chroma_width * chroma_height
     even = width & ~1
+    woven = down and video.get("field_order", "progressive") not in ("progressive", "unknown")
+
+    def chroma_row(row):
+        """Of woven fields each has chroma lines of its own, every second one."""
+        return (row >> 2) * 2 + (row & 1) if woven else row >> down
+
+    process = subprocess.Popen(["ffmpeg", "-v", "error", "-i", path, "-map", "0:v:0", "-f", "rawvideo", "-vsync", "0",
+                                "-pix_fmt", pixels, "-"], stdout=subprocess.PIPE, stdin=subprocess.DEVNULL)
     with process:
-        while True:
-            data = process.stdout.read(size)
-            if len(data) < size:
-                break
-            u0 = width * height
-            v0 = u0 + chroma_width * chroma_height
+        while len(data := process.stdout.read(size)) == size:
             rows = []
             for row in range(height):
                 line = bytearray(even * 2)
                 luma = row * width
-                chroma = row // 2 * chroma_width
                 line[1::2] = data[luma:luma + even]
-                line[0::4] = data[u0 + chroma:u0 + chroma + even // 2]
-                line[2::4] = data[v0 + chroma:v0 + chroma + even // 2]
+                for place, plane in ((0, 0), (2, 1)):
+                    start = width * height + plane * chroma_width * chroma_height + chroma_row(row) * chroma_width
+                    chroma = data[start:start + chroma_width]
+                    line[place::4] = (chroma if across else chroma[::2])[:even // 2]
                 rows.append(bytes(line))
             yield rows
 
