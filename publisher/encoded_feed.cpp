@@ -1,5 +1,6 @@
 #include "publisher/encoded_feed.h"
 
+#include "publisher/h264_signal.h"
 #include "publisher/log.h"
 #include "publisher/sound_copy.h"
 
@@ -42,7 +43,7 @@ void encoded_feed::format(picture_format const& pictures, sound_format const& so
             video_.reset();
             pictures_ = pictures;
             video_ = std::make_unique<pipeline>(encoding_pipeline(choice_, pictures),
-                                                [this](GstSample* unit) { distribute_unit(unit); });
+                                                [this, pictures](GstSample* unit) { distribute_unit(unit, pictures); });
         }
         if (!sound_ || sound_->rate != sound.rate) {
             audio_.reset();
@@ -78,12 +79,17 @@ void encoded_feed::ended()
         viewer->ended();
 }
 
-void encoded_feed::distribute_unit(GstSample* unit)
+void encoded_feed::distribute_unit(GstSample* unit, picture_format const& pictures)
 {
-    bool const key = !GST_BUFFER_FLAG_IS_SET(gst_sample_get_buffer(unit), GST_BUFFER_FLAG_DELTA_UNIT);
+    GstBuffer* const buffer = gst_sample_get_buffer(unit);
+    bool const key = !GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_DELTA_UNIT);
+    sample_ptr signalled;
+    if (key)
+        signalled = adopt<sample_ptr>(
+            gst_sample_new(with_signal(buffer, pictures).get(), gst_sample_get_caps(unit), nullptr, nullptr));
     std::lock_guard const lock{viewers_mutex_};
     for (auto* const viewer : viewers_)
-        viewer->access_unit(unit, key);
+        viewer->access_unit(key ? signalled.get() : unit, key);
 }
 
 void encoded_feed::distribute_packet(GstSample* packet)

@@ -43,7 +43,7 @@ class encoded_feed : public listener
     void ended() override;
 
   private:
-    void distribute_unit(GstSample* unit);
+    void distribute_unit(GstSample* unit, picture_format const& pictures);
     void distribute_packet(GstSample* packet);
 
     encoder_choice const choice_;
