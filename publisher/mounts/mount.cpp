@@ -49,6 +49,8 @@ gboolean setup_rtpbin(GstRTSPMedia*, GstElement* rtpbin)
 {
     // Sender reports carry the time of capture: sound and picture spend different times on the way to the wire.
     g_object_set(rtpbin, "rtcp-sync-send-time", FALSE, nullptr);
+    // And the common clock itself. The wall clock would be read a moment apart from it, which a busy machine makes long.
+    gst_util_set_object_arg(G_OBJECT(rtpbin), "ntp-time-source", "clock-time");
     return TRUE;
 }
 
