@@ -28,6 +28,17 @@ candidate ours(Convert convert, More... more)
             }};
 }
 
+// To UYVY and a plane of alphas, with or without the test.
+template <auto convert>
+candidate split_alpha(bool tested)
+{
+    return {"quillo", job::ours, [=](frame const& f) {
+                bool opaque = false;
+                convert(f.in[0], f.in_stride[0], f.out[0], f.out_stride[0], f.out[1], f.out_stride[1], f.width,
+                        f.height, tested ? &opaque : nullptr);
+            }};
+}
+
 // Line n of a plane.
 inline unsigned char const* source_line(frame const& f, int plane, int n)
 {

@@ -7,6 +7,7 @@ namespace bench {
 
 void add_copies(std::vector<row>& rows);
 void add_ycbcr444_to_uyvy(std::vector<row>& rows);
+void add_from_rgb(std::vector<row>& rows);
 void add_uyvy_to_rgb(std::vector<row>& rows);
 void add_repacking(std::vector<row>& rows);
 void add_deep_and_special(std::vector<row>& rows);

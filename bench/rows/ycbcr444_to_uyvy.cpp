@@ -1,31 +1,11 @@
 #include "bench/peers/gstreamer.h"
+#include "bench/rows/ours.h"
 #include "bench/rows/rows.h"
 #include "lib/format_conversion/format_conversion.h"
 
 namespace bench {
 
 namespace conversion = Processing::FXlib::format_conversion;
-
-namespace {
-
-template <auto convert>
-candidate split_alpha(bool tested)
-{
-    return {"quillo", job::ours, [=](frame const& f) {
-                bool opaque = false;
-                convert(f.in[0], f.in_stride[0], f.out[0], f.out_stride[0], f.out[1], f.out_stride[1], f.width,
-                        f.height, tested ? &opaque : nullptr);
-            }};
-}
-
-template <auto convert>
-candidate to_uyvy()
-{
-    return {"quillo", job::ours,
-            [](frame const& f) { convert(f.in[0], f.in_stride[0], f.out[0], f.out_stride[0], f.width, f.height); }};
-}
-
-} // namespace
 
 void add_ycbcr444_to_uyvy(std::vector<row>& rows)
 {
@@ -47,12 +27,12 @@ void add_ycbcr444_to_uyvy(std::vector<row>& rows)
     rows.push_back({"vuyx::uyvy",
                     pixel,
                     uyvy,
-                    {to_uyvy<conversion::vuyx::uyvy>(), gstreamer("AYUV", "UYVY", job::close),
+                    {ours<1, 1>(conversion::vuyx::uyvy), gstreamer("AYUV", "UYVY", job::close),
                      gstreamer("VUYA", "UYVY", job::exact)}});
     rows.push_back(
-        {"ycbcrx::uyvy", pixel, uyvy, {to_uyvy<conversion::ycbcrx::uyvy>(), gstreamer("AYUV", "UYVY", job::close)}});
-    rows.push_back({"vuya::uyvy", pixel, uyvy, {to_uyvy<conversion::vuya::uyvy>()}});
-    rows.push_back({"ycbcra::uyvy", pixel, uyvy, {to_uyvy<conversion::ycbcra::uyvy>()}});
+        {"ycbcrx::uyvy", pixel, uyvy, {ours<1, 1>(conversion::ycbcrx::uyvy), gstreamer("AYUV", "UYVY", job::close)}});
+    rows.push_back({"vuya::uyvy", pixel, uyvy, {ours<1, 1>(conversion::vuya::uyvy)}});
+    rows.push_back({"ycbcra::uyvy", pixel, uyvy, {ours<1, 1>(conversion::ycbcra::uyvy)}});
 }
 
 } // namespace bench
