@@ -237,45 +237,58 @@ void measure_idle(std::string const& folder, double seconds)
                 (cpu_seconds() - before) / seconds);
 }
 
-// A machine that stops this process for a tenth of a second makes the clock start anew: such breaks are counted, and
-// time is compared from break to break.
+// The time from break to break: a machine that stops this process for a tenth of a second makes the clock start anew,
+// which says nothing of its rate. The stop itself is left out, by ending at the last block that came in time.
+struct clock_result
+{
+    double nominal_ms = 0;
+    double real_ms = 0;
+    int breaks = -1;
+    std::vector<double> late;
+};
+
+void add_stretch(clock_result& to, std::vector<double> const& returns, double block_ms)
+{
+    ++to.breaks;
+    std::vector<double> late;
+    for (std::size_t block = 0; block < returns.size(); ++block)
+        late.push_back(returns[block] - static_cast<double>(block) * block_ms);
+    if (late.empty())
+        return;
+    auto const earliest = *std::min_element(late.begin(), late.end());
+    auto const in_time = [&](double one) { return one - earliest < 1; };
+    auto const first = std::find_if(late.begin(), late.end(), in_time);
+    auto const last = std::find_if(late.rbegin(), late.rend(), in_time).base() - 1;
+    to.nominal_ms += static_cast<double>(last - first) * block_ms;
+    to.real_ms += returns[static_cast<std::size_t>(last - late.begin())] -
+                  returns[static_cast<std::size_t>(first - late.begin())];
+    for (auto const one : late)
+        to.late.push_back(one - earliest);
+}
+
 void measure_clock(double minutes, int rate, int block)
 {
     sender const to;
     SenderAudioFrame const silence{rate, 2, block, 0, nullptr, 0};
     auto const blocks = static_cast<std::int64_t>(minutes * 60 * rate / block);
     auto const block_ms = 1e3 * block / rate;
-    std::vector<double> late;
-    late.reserve(static_cast<std::size_t>(blocks));
-    int breaks = 0;
-    double nominal_ms = 0;
-    double real_ms = 0;
-
-    Quillolib_send_send_audio(to.get(), &silence);
-    auto start = steady::now();
-    auto last = start;
-    std::int64_t since = 0;
+    auto const zero = steady::now();
+    clock_result result;
+    std::vector<double> returns;
     for (std::int64_t sent = 0; sent < blocks; ++sent) {
-        auto const called = steady::now();
+        auto const called = milliseconds(steady::now() - zero);
         Quillolib_send_send_audio(to.get(), &silence);
-        auto const now = steady::now();
-        if (milliseconds(called - start) - static_cast<double>(since) * block_ms > 99) {
-            ++breaks;
-            nominal_ms += static_cast<double>(since) * block_ms;
-            real_ms += milliseconds(last - start);
-            start = now;
-            since = 0;
-        } else {
-            ++since;
-            late.push_back(milliseconds(now - start) - static_cast<double>(since) * block_ms);
+        if (!returns.empty() && called - returns.front() - static_cast<double>(returns.size() - 1) * block_ms > 95) {
+            add_stretch(result, returns, block_ms);
+            returns.clear();
         }
-        last = now;
+        returns.push_back(milliseconds(steady::now() - zero));
     }
-    nominal_ms += static_cast<double>(since) * block_ms;
-    real_ms += milliseconds(last - start);
+    add_stretch(result, returns, block_ms);
     std::printf("sound clock, blocks of %d at %d Hz: %.3f s in %.6f s, %+.3f ppm; %d breaks\n", block, rate,
-                nominal_ms / 1e3, real_ms / 1e3, (real_ms / nominal_ms - 1) * 1e6, breaks);
-    print("a block returns late by", late);
+                result.nominal_ms / 1e3, result.real_ms / 1e3, (result.real_ms / result.nominal_ms - 1) * 1e6,
+                result.breaks);
+    print("a block returns late by", result.late);
 }
 
 } // namespace
