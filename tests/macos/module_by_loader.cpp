@@ -6,6 +6,8 @@
 
 #include "sender/Quillolib_send.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <array>
 
@@ -39,6 +41,13 @@ void* import(std::string_view library, std::string_view symbol)
         }
     return system_symbol(library, symbol);
 }
+
+// At the end of the program no string of Core Foundation may be left over.
+class no_string_left final : public testing::Environment
+{
+    void TearDown() override { EXPECT_EQ(quillo::macho::living_strings(), 0); }
+};
+testing::Environment* const at_the_end = testing::AddGlobalTestEnvironment(new no_string_left);
 
 class macos_module final : public module_under_test
 {

@@ -3,8 +3,11 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <cxxabi.h>
 #include <exception>
 #include <string>
+#include <strings.h>
 
 #ifdef __x86_64__
 #include "tests/support/macho/system.h"
@@ -27,6 +30,14 @@ namespace {
     std::abort();
 }
 
+#ifndef __x86_64__
+void set_pattern(unsigned char* to, unsigned char const* pattern, std::size_t size)
+{
+    for (std::size_t i = 0; i < size; ++i)
+        to[i] = pattern[i % 16];
+}
+#endif
+
 // Conversions call next to nothing; whatever else the module imports stays unbound.
 void* import(std::string_view library, std::string_view symbol)
 {
@@ -39,8 +50,13 @@ void* import(std::string_view library, std::string_view symbol)
         {"_memcpy", reinterpret_cast<void*>(&std::memcpy)},
         {"_memset", reinterpret_cast<void*>(&std::memset)},
         {"_memmove", reinterpret_cast<void*>(&std::memmove)},
+        {"_memset_pattern16", reinterpret_cast<void*>(&set_pattern)},
+        {"_bzero", reinterpret_cast<void*>(&bzero)},
         {"__Znwm", reinterpret_cast<void*>(static_cast<void* (*)(std::size_t)>(&operator new))},
         {"__ZdlPv", reinterpret_cast<void*>(static_cast<void (*)(void*)>(&operator delete))},
+        {"___cxa_guard_acquire", reinterpret_cast<void*>(&abi::__cxa_guard_acquire)},
+        {"___cxa_guard_release", reinterpret_cast<void*>(&abi::__cxa_guard_release)},
+        {"___cxa_atexit", reinterpret_cast<void*>(&abi::__cxa_atexit)},
     };
     for (auto const& [name, function] : known)
         if (name == symbol)

@@ -71,7 +71,9 @@ TEST_F(pictures, ArriveByteForByteInEveryLayout)
         EXPECT_EQ(got.head.timecode_100ns, 333667);
         EXPECT_EQ(got.head.index, count - 1);
     }
+#ifndef QUILLO_MACOS_SENDER // shared memory cannot be sealed there
     EXPECT_TRUE(publisher.seen().pools_sealed);
+#endif
     flush(sender);
 }
 

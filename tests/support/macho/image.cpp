@@ -78,14 +78,16 @@ image::image(std::string const& path, resolver const& resolve) : path_(path)
         bind(part(slice_, info_.lazy_offset, info_.lazy_size), true, false, resolve);
         bind(part(slice_, info_.weak_offset, info_.weak_size), false, true, resolve);
         protect();
+#ifdef __x86_64__ // elsewhere the records look otherwise, and nothing may throw
         unwind_ = std::make_unique<unwind_tables>();
         if (section const* const records = find_section("__unwind_info"))
             unwind_->add(at(records->address), base_);
+#endif
         run_initialisers();
         std::scoped_lock const lock(loaded_mutex);
         loaded.push_back(this);
     } catch (...) {
-        unwind_.reset();
+        unwind_ = nullptr;
         munmap(base_, mapped_size_);
         throw;
     }
@@ -99,7 +101,7 @@ image::~image()
         std::scoped_lock const lock(loaded_mutex);
         std::erase(loaded, this);
     }
-    unwind_.reset();
+    unwind_ = nullptr;
     munmap(base_, mapped_size_);
 }
 

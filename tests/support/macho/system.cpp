@@ -18,9 +18,10 @@ namespace {
 // Same meaning, same types, same constants on both systems. errno values differ, so functions that are only asked
 // whether they failed may stand here, those whose errno is looked at may not.
 constexpr auto same_here = std::to_array<std::string_view>({
-    "__assert_rtn", "__cxa_atexit", "abort",  "calloc",    "fflush", "free",           "malloc", "memchr", "memcmp",
-    "memcpy",       "memmove",      "memset", "nanosleep", "rand",   "realloc",        "strcat", "strcmp", "strcpy",
-    "strlen",       "strncmp",      "wcscat", "wcscpy",    "wcslen", "_Unwind_Resume", "truncf", "bzero",
+    "__assert_rtn", "__cxa_atexit", "abort",   "calloc",  "fflush",    "free",   "malloc",  "memchr",
+    "memcmp",       "memcpy",       "memmove", "memset",  "nanosleep", "rand",   "realloc", "strcat",
+    "strcmp",       "strcpy",       "strlen",  "strncmp", "wcscat",    "wcscpy", "wcslen",  "_Unwind_Resume",
+    "truncf",       "environ",      "getenv",  "getpid",  "getuid",    "bzero",
 });
 
 std::mutex commands_mutex;
