@@ -35,11 +35,19 @@ audio_output::~audio_output()
     reader.join();
 }
 
+// A module that is slow to start its sound may be this many starts of the clock behind.
+constexpr std::size_t most_given = 16;
+
 void audio_output::prepare(playback_plan const& next)
 {
     {
         std::lock_guard const lock(mutex);
+        if (!active)
+            given.clear();
         plan = next;
+        given.push_back(next);
+        if (given.size() > most_given)
+            given.pop_front();
         ++generation;
         active = true;
         pieces.clear();
@@ -164,7 +172,7 @@ prSuiteError audio_output::set_up(bool scrubbing, host::audio_settings const& se
     if (settings.mSampleRate != static_cast<float>(format.rate) || settings.mBlockSize <= 0)
         return refuse(suiteError_PlayModuleAudioIllegalPlaySetting,
                       "audio set up with a rate that is not the instance's");
-    if (scrubbing != plan.scrubbing)
+    if (std::none_of(given.begin(), given.end(), [&](auto const& g) { return g.scrubbing == scrubbing; }))
         log.breach("audio set up for another play mode than the clock's");
     now = state::ready;
     return suiteError_NoError;
@@ -175,9 +183,12 @@ prSuiteError audio_output::start(host::audio_range const& range, float speed)
     std::lock_guard const lock(mutex);
     if (now == state::idle)
         return refuse(suiteError_PlayModuleAudioNotInitialized, "audio started before it was set up");
-    if (range.mInTime != plan.time_of(plan.in) || range.mOutTime != plan.time_of(plan.out) ||
-        range.mStartTime != plan.start_time() || (range.mLoop != 0) != plan.loop ||
-        speed != static_cast<float>(plan.speed))
+    auto const is_meant = [&](playback_plan const& g) {
+        return range.mInTime == g.time_of(g.in) && range.mOutTime == g.time_of(g.out) &&
+               range.mStartTime == g.start_time() && (range.mLoop != 0) == g.loop &&
+               speed == static_cast<float>(g.speed);
+    };
+    if (std::none_of(given.begin(), given.end(), is_meant))
         log.breach("audio started with a range or speed that is not the clock's");
     now = state::started;
     return suiteError_NoError;

@@ -80,6 +80,7 @@ class audio_output
     bool quit = false;
     unsigned long generation = 0; // of the plan
     playback_plan plan;
+    std::deque<playback_plan> given; // since cease; the module may still be about to use an earlier one than plan
     std::deque<piece> pieces;
     std::size_t buffered = 0; // samples
     std::size_t debt = 0;     // samples to leave out, for as many that came too late
