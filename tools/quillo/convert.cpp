@@ -149,7 +149,7 @@ void add_convert(CLI::App& app, int& exit_code)
     convert.footer(
         "Example: quillo convert photo.png photo.uyvy --from bgra --to uyvy_709\n"
         "Exit codes: 0 done, 1 OUT cannot be written, 2 no such layout, size or option, 3 IN cannot be read.");
-    convert.callback([wanted, &convert, &exit_code] {
+    convert.callback([wanted, &exit_code] {
         if (!wanted->list && (wanted->out.empty() || wanted->from.empty() || wanted->to.empty()))
             throw CLI::RequiredError{"IN, OUT, --from and --to (or --list)"};
         exit_code = guarded_run(*wanted);
