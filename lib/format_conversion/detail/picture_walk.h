@@ -78,6 +78,9 @@ inline long long whole_pairs(int width) { return (width + 1ll) / 2 * 4; }
 // either. A 1080p pair of buffers still fits.
 inline constexpr long long streaming_bytes = 12'000'000;
 
+// Sources and targets of no more bytes than this are taken to be in a core's own caches.
+inline constexpr long long cached_bytes = 512 << 10;
+
 template <class First, class... Rest>
 int first_stride(plane<First> first, plane<Rest>...)
 {
@@ -104,6 +107,9 @@ auto walk(int width, int height, Kernel kernel, plane<Samples>... planes)
         line::access how;
         how.streaming = ((plane<Samples>::is_target ? planes.tight * height : 0) + ...) >= streaming_bytes &&
                         (planes.streamable() && ...);
+        bool const cached = (planes.tight + ...) * height <= cached_bytes;
+        if (cached)
+            how.ahead = 0;
         if (height == 1 || ((planes.stride == planes.tight) && ...)) {
             kernel(planes.first..., static_cast<int>(static_cast<unsigned>(width) * static_cast<unsigned>(height)),
                    how);
@@ -111,7 +117,8 @@ auto walk(int width, int height, Kernel kernel, plane<Samples>... planes)
             int const stride = first_stride(planes...);
             // The processor reads ahead in rising addresses only.
             bool const backwards = stride < 0 && (planes.any_order() && ...);
-            how.ahead = backwards ? -static_cast<std::ptrdiff_t>(stride) : stride;
+            if (!cached)
+                how.ahead = backwards ? -static_cast<std::ptrdiff_t>(stride) : stride;
             for (std::ptrdiff_t n = 0; n < height; ++n)
                 kernel(planes.line(backwards ? height - 1 - n : n)..., width, how);
         }

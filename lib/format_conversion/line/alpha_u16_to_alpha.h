@@ -8,7 +8,7 @@ namespace Processing::FXlib::format_conversion::line {
 
 struct narrow_alpha
 {
-    static constexpr auto widest = detail::processor::avx2;
+    static constexpr auto widest = detail::processor::avx512;
     template <detail::processor p, bool src_aligned, bool dst_aligned>
     static void run(unsigned short const* src, unsigned char* dst, int count, access how);
 };

@@ -17,13 +17,14 @@ constexpr int lanes_of = p == processor::avx512 ? 4
 template <processor p>
 using widest_vec = vec<p, lanes_of<p>>;
 
-// Fetches the cache lines of so many bytes. Pays with several sources or targets and before streamed stores; between
-// one source and one target of ordinary stores the processor reads ahead better by itself.
+// Fetches the cache lines of so many bytes so far ahead, if at all. Pays with several sources or targets and before
+// streamed stores; between one source and one target of ordinary stores the processor reads ahead better by itself.
 template <processor p, int bytes>
-QUILLO_INLINE inline void prefetch(void const* at)
+QUILLO_INLINE inline void prefetch(unsigned char const* at, std::ptrdiff_t ahead)
 {
-    for (int line = 0; line < bytes; line += 64)
-        _mm_prefetch(static_cast<char const*>(at) + line, _MM_HINT_T0);
+    if (ahead != 0)
+        for (int line = 0; line < bytes; line += 64)
+            _mm_prefetch(at + ahead + line, _MM_HINT_T0);
 }
 
 QUILLO_INLINE inline void move_string(unsigned char const* from, unsigned char* to, std::ptrdiff_t bytes)

@@ -8,7 +8,7 @@ namespace Processing::FXlib::format_conversion::line {
 
 struct merge_chroma
 {
-    static constexpr auto widest = detail::processor::avx2;
+    static constexpr auto widest = detail::processor::avx512;
     template <detail::processor p, bool src_aligned, bool dst_aligned>
     static void run(unsigned char const* u, unsigned char const* v, unsigned char* uv, int count, access how);
 };

@@ -14,7 +14,7 @@ void uyvy(unsigned char const* src, unsigned char const* alpha, unsigned char* d
 
 struct composite_uyvy
 {
-    static constexpr auto widest = detail::processor::avx2;
+    static constexpr auto widest = detail::processor::avx512;
     template <detail::processor p, bool src_aligned, bool dst_aligned>
     static void run(unsigned char const* src, unsigned char const* alpha, unsigned char* dst, int count, access how);
 };

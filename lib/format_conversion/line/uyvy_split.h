@@ -9,14 +9,14 @@ namespace Processing::FXlib::format_conversion::line {
 
 struct split_y_uv
 {
-    static constexpr auto widest = detail::processor::avx2;
+    static constexpr auto widest = detail::processor::avx512;
     template <detail::processor p, bool src_aligned, bool dst_aligned>
     static void run(unsigned char const* src, unsigned char* y, unsigned char* uv, int count, access how);
 };
 
 struct split_y_u_v
 {
-    static constexpr auto widest = detail::processor::avx2;
+    static constexpr auto widest = detail::processor::avx512;
     template <detail::processor p, bool src_aligned, bool dst_aligned>
     static void run(unsigned char const* src, unsigned char* y, unsigned char* u, unsigned char* v, int count,
                     access how);

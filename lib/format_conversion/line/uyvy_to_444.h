@@ -16,7 +16,7 @@ void crcbya(unsigned char const* src, unsigned char const* alpha, unsigned char*
 // The fourth byte is 255.
 struct uyvy_to_ycbcrx
 {
-    static constexpr auto widest = detail::processor::avx2;
+    static constexpr auto widest = detail::processor::avx512;
     template <detail::processor p, bool src_aligned, bool dst_aligned>
     static void run(unsigned char const* src, unsigned char* dst, int count, access how);
 };
@@ -26,7 +26,7 @@ inline constexpr bool crcbya_order = true;
 
 struct uyvy_a_to_444
 {
-    static constexpr auto widest = detail::processor::avx2;
+    static constexpr auto widest = detail::processor::avx512;
     template <detail::processor p, bool src_aligned, bool dst_aligned, bool order>
     static void run(unsigned char const* src, unsigned char const* alpha, unsigned char* dst, int count, access how);
 };

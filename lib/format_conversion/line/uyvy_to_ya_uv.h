@@ -9,7 +9,7 @@ namespace Processing::FXlib::format_conversion::line {
 // Alpha is the luma of a key image; expand widens it, and it alone.
 struct join_key
 {
-    static constexpr auto widest = detail::processor::avx2;
+    static constexpr auto widest = detail::processor::avx512;
     template <detail::processor p, bool src_aligned, bool dst_aligned, bool expand>
     static void run(unsigned char const* src, unsigned char const* key, unsigned char* ya, unsigned char* uv, int count,
                     access how);
@@ -17,7 +17,7 @@ struct join_key
 
 struct join_alpha
 {
-    static constexpr auto widest = detail::processor::avx2;
+    static constexpr auto widest = detail::processor::avx512;
     template <detail::processor p, bool src_aligned, bool dst_aligned>
     static void run(unsigned char const* src, unsigned char const* alpha, unsigned char* ya, unsigned char* uv,
                     int count, access how);

@@ -35,17 +35,19 @@ constexpr processor here = processor::QUILLO_PROCESSOR;
 template <processor p, int lanes>
 struct vec;
 
-// Sixteen bytes of constants, a shorter pattern repeated until it fills them: lane<short> weights{16, 128}.
+// Constants of a lane, a shorter pattern repeated until it fills sixteen bytes: lane<short> weights{16, 128}. They
+// stand in memory as often as the widest vector has lanes, so that each width takes them whole, straight into an
+// instruction.
 template <class T>
-struct alignas(16) lane
+struct alignas(64) lane
 {
-    T value[16 / sizeof(T)];
+    T value[64 / sizeof(T)];
 
     template <class... Ts>
     constexpr lane(Ts... pattern) : value{}
     {
         T const given[] = {static_cast<T>(pattern)...};
-        for (std::size_t i = 0; i < 16 / sizeof(T); ++i)
+        for (std::size_t i = 0; i < 64 / sizeof(T); ++i)
             value[i] = given[i % sizeof...(pattern)];
     }
 };

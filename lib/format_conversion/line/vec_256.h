@@ -18,7 +18,7 @@ struct vec<p, 2>
     template <class T>
     QUILLO_INLINE static vec repeat(lane<T> const& bytes)
     {
-        return {_mm256_broadcastsi128_si256(vec<p, 1>::repeat(bytes).v)};
+        return {_mm256_load_si256(static_cast<__m256i const*>(static_cast<void const*>(&bytes)))};
     }
 
     template <bool aligned>

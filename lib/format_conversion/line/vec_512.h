@@ -33,7 +33,7 @@ struct vec<p, 4>
     template <class T>
     QUILLO_INLINE static vec repeat(lane<T> const& bytes)
     {
-        return {_mm512_broadcast_i32x4(vec<p, 1>::repeat(bytes).v)};
+        return {_mm512_load_si512(&bytes)};
     }
 
     template <bool aligned>

@@ -9,8 +9,8 @@ template <processor p, bool src_aligned, bool dst_aligned>
 void merge_chroma::run(unsigned char const* u, unsigned char const* v, unsigned char* uv, int count, access how)
 {
     auto i = blocks<p, 32>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        prefetch<p, 16 * V::lanes>(u + at / 2 + how.ahead);
-        prefetch<p, 16 * V::lanes>(v + at / 2 + how.ahead);
+        prefetch<p, 16 * V::lanes>(u + at / 2, how.ahead);
+        prefetch<p, 16 * V::lanes>(v + at / 2, how.ahead);
         auto const cb = V::template load<src_aligned>(u + at / 2), cr = V::template load<src_aligned>(v + at / 2);
         V::template store_pairs<dst_aligned, streaming>(uv + at, zip_low_8(cb, cr), zip_high_8(cb, cr));
     });

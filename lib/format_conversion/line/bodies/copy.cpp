@@ -39,7 +39,7 @@ void copy_bytes::run(unsigned char const* src, unsigned char* dst, int count, ac
         return move_string(src, dst, count);
     }
     auto const done = vectors<p>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t i) {
-        prefetch<p, 16 * V::lanes>(src + i + how.ahead);
+        prefetch<p, 16 * V::lanes>(src + i, how.ahead);
         V::template load<src_aligned>(src + i).template store<dst_aligned, streaming>(dst + i);
     });
     for (std::ptrdiff_t i = done; i < count; ++i)
@@ -58,7 +58,7 @@ bool copy_testing_alpha::run(unsigned char const* src, unsigned char* dst, int c
         for (std::ptrdiff_t at = 0; at < bytes; at += piece) {
             std::ptrdiff_t const length = bytes - at < piece ? bytes - at : piece;
             auto i = vectors<p>(length, how, [&]<class V, bool>(std::ptrdiff_t n) {
-                prefetch<p, 16 * V::lanes>(src + at + n + how.ahead);
+                prefetch<p, 16 * V::lanes>(src + at + n, how.ahead);
                 alphas.add(V::template load<false>(src + at + n));
             });
             for (; i < length; i += 4)
@@ -69,7 +69,7 @@ bool copy_testing_alpha::run(unsigned char const* src, unsigned char* dst, int c
     }
 
     auto i = vectors<p>(bytes, how, [&]<class V, bool streaming>(std::ptrdiff_t n) {
-        prefetch<p, 16 * V::lanes>(src + n + how.ahead);
+        prefetch<p, 16 * V::lanes>(src + n, how.ahead);
         auto const pixels = V::template load<src_aligned>(src + n);
         pixels.template store<dst_aligned, streaming>(dst + n);
         alphas.add(pixels);

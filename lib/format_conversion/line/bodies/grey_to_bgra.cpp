@@ -16,7 +16,7 @@ void spread_grey::run(unsigned char const* src, unsigned char* dst, int count, a
 
     auto i = blocks<p, 16>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
         if constexpr (streaming)
-            prefetch<p, 16 * V::lanes>(src + at + how.ahead);
+            prefetch<p, 16 * V::lanes>(src + at, how.ahead);
         auto const grey = V::template load<src_aligned>(src + at);
         auto const four = [&](lane<unsigned char> const& which) {
             return shuffle(grey, V::repeat(which)) | V::repeat(mask_alpha);

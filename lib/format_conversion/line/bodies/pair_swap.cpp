@@ -10,11 +10,12 @@ void swap_pairs::run(unsigned char const* src, unsigned char* dst, int count, ac
 {
     static constexpr lane<unsigned char> swapped{1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14};
 
-    auto i = blocks<p, 8>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
+    auto i = blocks<p, 16>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
         if constexpr (streaming)
-            prefetch<p, 16 * V::lanes>(src + at * 2 + how.ahead);
-        shuffle(V::template load<src_aligned>(src + at * 2), V::repeat(swapped))
-            .template store<dst_aligned, streaming>(dst + at * 2);
+            prefetch<p, 32 * V::lanes>(src + at * 2, how.ahead);
+        for (auto from = at * 2; from < at * 2 + 32 * V::lanes; from += 16 * V::lanes)
+            shuffle(V::template load<src_aligned>(src + from), V::repeat(swapped))
+                .template store<dst_aligned, streaming>(dst + from);
     });
     for (; i < count; ++i) {
         dst[i * 2] = src[i * 2 + 1];

@@ -61,7 +61,7 @@ void rgb_to_uyvy::run(unsigned char const* src, unsigned char* dst, int width, a
     static constexpr constants<order> k(detail::from_rgb<matrix>);
 
     auto i = blocks<p, 8>(width, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        prefetch<p, 32 * V::lanes>(src + at * 4 + how.ahead);
+        prefetch<p, 32 * V::lanes>(src + at * 4, how.ahead);
         auto const pixels = V::template load_two<src_aligned>(src + at * 4);
         uyvy_of<order>(pixels, V::repeat(k.k_C), V::repeat(k.k_Y)).template store<dst_aligned, streaming>(dst + at * 2);
     });
@@ -76,7 +76,7 @@ bool rgb_to_uyvy_a::run(unsigned char const* src, unsigned char* dst, unsigned c
 
     alpha_test<p> alphas;
     auto i = blocks<p, 8>(width, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        prefetch<p, 32 * V::lanes>(src + at * 4 + how.ahead);
+        prefetch<p, 32 * V::lanes>(src + at * 4, how.ahead);
         auto const pixels = V::template load_two<src_aligned>(src + at * 4);
         uyvy_of<order>(pixels, V::repeat(k.k_C), V::repeat(k.k_Y)).template store<dst_aligned, streaming>(dst + at * 2);
         V::template store_fourth_bytes<streaming>(alpha + at, pixels);
@@ -101,7 +101,7 @@ void rgb_over_black_to_uyvy::run(unsigned char const* src, unsigned char* dst, i
     static constexpr lane<signed char> alphas_of_two{3, -1, 3, -1, 3, -1, 3, -1, 7, -1, 7, -1, 7, -1, 7, -1};
 
     auto i = blocks<p, 8>(width, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        prefetch<p, 32 * V::lanes>(src + at * 4 + how.ahead);
+        prefetch<p, 32 * V::lanes>(src + at * 4, how.ahead);
         auto const to_alphas = V::repeat(alphas_of_two);
         auto const premultiplied = [to_alphas](V four) {
             auto const alphas = shuffle(four, to_alphas);
@@ -144,7 +144,7 @@ void bgr_to_uyvy::run(unsigned char const* src, unsigned char* dst, int width, a
     // Sources advance by 24 bytes and are never aligned; the loads reach a few pixels further than the block.
     constexpr int reach = 6;
     auto i = blocks<p, 8>(width - reach, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        prefetch<p, 24 * V::lanes>(src + at * 3 + how.ahead);
+        prefetch<p, 24 * V::lanes>(src + at * 3, how.ahead);
         auto const [first, second] = V::load_twelves(src + at * 3);
         auto const spread = V::repeat(k_bgr_bgrX);
         vec_pair<V> const pixels{shuffle(first, spread), shuffle(second, spread)};

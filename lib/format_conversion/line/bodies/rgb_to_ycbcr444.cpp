@@ -36,7 +36,7 @@ void rgb_to_ycbcr444::run(unsigned char const* src, unsigned char* dst, int widt
             auto const all = fourth_byte == with_alpha ? or_masked(colour, pixels, fourth) : colour | fourth;
             all.template store<false, streaming>(dst + offset);
         };
-        prefetch<p, 32 * V::lanes>(src + at * 4 + how.ahead);
+        prefetch<p, 32 * V::lanes>(src + at * 4, how.ahead);
         convert(at * 4);
         convert(at * 4 + 16 * V::lanes);
     });

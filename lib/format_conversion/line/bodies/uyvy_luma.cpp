@@ -13,7 +13,7 @@ void take_luma::run(unsigned char const* src, unsigned char* dst, int count, acc
         for (int half = 0; half < 2; ++half) {
             auto const from = at + half * 16 * V::lanes;
             if constexpr (streaming)
-                prefetch<p, 32 * V::lanes>(src + from * 2 + how.ahead);
+                prefetch<p, 32 * V::lanes>(src + from * 2, how.ahead);
             auto const luma = [&](std::ptrdiff_t of) {
                 auto const uyvy = V::template load<src_aligned>(src + of * 2);
                 return expand ? expanded_luma(uyvy) : shift_right_u16(uyvy, by<8>);

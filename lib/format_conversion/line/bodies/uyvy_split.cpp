@@ -32,7 +32,7 @@ template <processor p, bool src_aligned, bool dst_aligned>
 void split_y_uv::run(unsigned char const* src, unsigned char* y, unsigned char* uv, int count, access how)
 {
     auto i = blocks<p, 16>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        prefetch<p, 32 * V::lanes>(src + at * 2 + how.ahead);
+        prefetch<p, 32 * V::lanes>(src + at * 2, how.ahead);
         auto const src_pixels = load_two<src_aligned, V>(src + at * 2);
         high_bytes(src_pixels).template store<dst_aligned, streaming>(y + at);
         low_bytes(src_pixels).template store<dst_aligned, streaming>(uv + at);
@@ -51,7 +51,7 @@ void split_y_u_v::run(unsigned char const* src, unsigned char* y, unsigned char*
         V chroma[2];
         for (int half = 0; half < 2; ++half) {
             auto const from = at + half * 16 * V::lanes;
-            prefetch<p, 32 * V::lanes>(src + from * 2 + how.ahead);
+            prefetch<p, 32 * V::lanes>(src + from * 2, how.ahead);
             auto const src_pixels = load_two<src_aligned, V>(src + from * 2);
             high_bytes(src_pixels).template store<dst_aligned, streaming>(y + from);
             chroma[half] = low_bytes(src_pixels);

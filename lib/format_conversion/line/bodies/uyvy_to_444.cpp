@@ -44,7 +44,7 @@ void uyvy_to_ycbcrx::run(unsigned char const* src, unsigned char* dst, int count
 
     auto const done = blocks<p, 8>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
         if constexpr (streaming)
-            prefetch<p, 16 * V::lanes>(src + at * 2 + how.ahead);
+            prefetch<p, 16 * V::lanes>(src + at * 2, how.ahead);
         auto const [low, high] = without_alpha<ycbcra_order>(V::template load<src_aligned>(src + at * 2));
         V::template store_pairs<dst_aligned, streaming>(dst + at * 4, low | V::repeat(opaque),
                                                         high | V::repeat(opaque));
@@ -61,8 +61,8 @@ void uyvy_a_to_444::run(unsigned char const* src, unsigned char const* alpha, un
     static constexpr bytes reorder_alpha_h{128, 128, 128, 4, 128, 128, 128, 5, 128, 128, 128, 6, 128, 128, 128, 7};
 
     auto const done = blocks<p, 8>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        prefetch<p, 16 * V::lanes>(src + at * 2 + how.ahead);
-        prefetch<p, 8 * V::lanes>(alpha + at + how.ahead / 2);
+        prefetch<p, 16 * V::lanes>(src + at * 2, how.ahead);
+        prefetch<p, 8 * V::lanes>(alpha + at, how.ahead / 2);
         auto const alphas = V::load_low_halves(alpha + at);
         auto const [low, high] = without_alpha<order>(V::template load<src_aligned>(src + at * 2));
         V::template store_pairs<dst_aligned, streaming>(dst + at * 4, low | shuffle(alphas, V::repeat(reorder_alpha_l)),

@@ -72,8 +72,8 @@ struct channel
 constexpr lane<unsigned char> places(int which, int part)
 {
     lane<unsigned char> from{128};
-    for (int i = 0; i < 16; ++i) {
-        int const to = part * 16 + i, pixel = to / 3;
+    for (int i = 0; i < 64; ++i) {
+        int const to = part * 16 + i % 16, pixel = to / 3;
         if (to % 3 == which)
             from.value[i] = static_cast<unsigned char>(pixel % 2 * 8 + pixel / 2);
     }
@@ -100,7 +100,7 @@ void uyvy_to_three_bytes::run(unsigned char const* src, unsigned char* dst, int 
 
     auto i = blocks<p, 16>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
         if constexpr (streaming)
-            prefetch<p, 32 * V::lanes>(src + at * 2 + how.ahead);
+            prefetch<p, 32 * V::lanes>(src + at * 2, how.ahead);
         auto const [first, second] = V::template load_pairs<src_aligned>(src + at * 2);
         auto const low = shuffle(first, V::repeat(chroma_then_luma));
         auto const high = shuffle(second, V::repeat(chroma_then_luma));

@@ -10,7 +10,7 @@ void uyvy_to_planes::run(unsigned char const* src, unsigned char* r, unsigned ch
                          access how)
 {
     auto i = blocks<p, 16>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        prefetch<p, 32 * V::lanes>(src + at * 2 + how.ahead);
+        prefetch<p, 32 * V::lanes>(src + at * 2, how.ahead);
         auto const [first, second] = V::template load_pairs<src_aligned>(src + at * 2);
         auto const low = rgb_64<matrix>(first), high = rgb_64<matrix>(second);
         pack_u8(low.r, high.r).template store<dst_aligned, streaming>(r + at);

@@ -33,7 +33,7 @@ struct alpha_plane
     template <class V>
     QUILLO_INLINE V words(std::ptrdiff_t at, std::ptrdiff_t ahead) const
     {
-        prefetch<p, 8 * V::lanes>(first + at + ahead);
+        prefetch<p, 8 * V::lanes>(first + at, ahead);
         return zip_low_8(V::load_low_halves(first + at), V::zero());
     }
     unsigned char operator[](std::ptrdiff_t at) const { return first[at]; }
@@ -46,7 +46,7 @@ QUILLO_INLINE inline void four_bytes(unsigned char const* src, Alpha alpha, unsi
 
     auto i = blocks<p, 8>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
         if constexpr (Alpha::is_plane || streaming)
-            prefetch<p, 16 * V::lanes>(src + at * 2 + how.ahead);
+            prefetch<p, 16 * V::lanes>(src + at * 2, how.ahead);
         auto const [r, g, b] = rgb_64<matrix>(V::template load<src_aligned>(src + at * 2));
         auto const [first, third] = in_order(r, b);
         auto const first_third = pack_u8(first, third);

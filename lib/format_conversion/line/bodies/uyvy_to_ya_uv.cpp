@@ -18,7 +18,7 @@ struct key_image
     QUILLO_INLINE vec_pair<V> words(std::ptrdiff_t at, std::ptrdiff_t ahead) const
     {
         static constexpr lane<unsigned short> high_byte{0xFF00};
-        prefetch<p, 32 * V::lanes>(key + at * 2 + ahead);
+        prefetch<p, 32 * V::lanes>(key + at * 2, ahead);
         auto const [first, second] = V::template load_pairs<aligned>(key + at * 2);
         if constexpr (expand)
             return {shift_left_16(expanded_luma(first), by<8>), shift_left_16(expanded_luma(second), by<8>)};
@@ -40,7 +40,7 @@ struct alpha_plane
     template <class V>
     QUILLO_INLINE vec_pair<V> words(std::ptrdiff_t at, std::ptrdiff_t ahead) const
     {
-        prefetch<p, 16 * V::lanes>(alpha + at + ahead / 2);
+        prefetch<p, 16 * V::lanes>(alpha + at, ahead / 2);
         auto const alphas = V::template load<aligned>(alpha + at);
         return {zip_low_8(V::zero(), alphas), zip_high_8(V::zero(), alphas)};
     }
@@ -54,7 +54,7 @@ QUILLO_INLINE inline void join(unsigned char const* src, Alphas alphas, unsigned
     static constexpr lane<unsigned short> low_byte{255};
 
     auto i = blocks<p, 16>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        prefetch<p, 32 * V::lanes>(src + at * 2 + how.ahead);
+        prefetch<p, 32 * V::lanes>(src + at * 2, how.ahead);
         auto const [first, second] = V::template load_pairs<src_aligned>(src + at * 2);
         auto const [first_a, second_a] = alphas.template words<V>(at, how.ahead);
         V::template store_pairs<dst_aligned, streaming>(ya + at * 2, shift_right_u16(first, by<8>) | first_a,

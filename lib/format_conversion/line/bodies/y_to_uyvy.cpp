@@ -15,7 +15,7 @@ void add_grey_chroma::run(unsigned char const* src, unsigned char* dst, int coun
 
     auto i = blocks<p, 16>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
         if constexpr (streaming)
-            prefetch<p, 16 * V::lanes>(src + at + how.ahead);
+            prefetch<p, 16 * V::lanes>(src + at, how.ahead);
         auto const luma = V::template load<src_aligned>(src + at);
         auto const compressed = [](V eight) {
             return add_16(mul_low_16(eight, V::repeat(scale)) & V::repeat(high_byte), V::repeat(grey_and_black));

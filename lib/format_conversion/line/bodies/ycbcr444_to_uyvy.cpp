@@ -51,7 +51,7 @@ template <processor p, bool src_aligned, bool dst_aligned, bool order>
 void reorder_444::run(unsigned char const* src, unsigned char* dst, int count, access how)
 {
     auto i = blocks<p, 8>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        prefetch<p, 32 * V::lanes>(src + at * 4 + how.ahead);
+        prefetch<p, 32 * V::lanes>(src + at * 4, how.ahead);
         auto const to_uyvy = V::repeat(reorder<order>);
         auto const [first, second] = V::template load_two<src_aligned>(src + at * 4);
         auto const pairs = in_order(zip_low_64(shuffle(first, to_uyvy), shuffle(second, to_uyvy)));
@@ -68,7 +68,7 @@ void composite_444::run(unsigned char const* src, unsigned char* dst, int count,
     static constexpr lane<unsigned short> k_256{256}, k_1{1};
 
     auto i = blocks<p, 8>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        prefetch<p, 32 * V::lanes>(src + at * 4 + how.ahead);
+        prefetch<p, 32 * V::lanes>(src + at * 4, how.ahead);
         auto const to_uyvy = V::repeat(reorder<order>);
         auto const black = V::repeat(k_blk), all = V::repeat(k_256), one = V::repeat(k_1);
         auto const over_black = [=](V four_pixels) {
@@ -102,7 +102,7 @@ bool split_alpha_444::run(unsigned char const* src, unsigned char* dst, unsigned
 {
     running_and<p> every_alpha;
     auto i = blocks<p, 8>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        prefetch<p, 32 * V::lanes>(src + at * 4 + how.ahead);
+        prefetch<p, 32 * V::lanes>(src + at * 4, how.ahead);
         auto const to_uyvy = V::repeat(reorder<order>);
         auto const [first, second] = V::template load_two<src_aligned>(src + at * 4);
         auto const low = shuffle(first, to_uyvy), high = shuffle(second, to_uyvy);
