@@ -4,6 +4,7 @@ find_package(GTest REQUIRED)
 
 # All programs labelled threads: what is built for the thread sanitizer.
 add_custom_target(thread_tests)
+add_dependencies(thread_tests transmit_module)
 
 function(quillo_test)
   cmake_parse_arguments(arg "" "NAME" "SOURCES;LIBRARIES;LABELS" ${ARGN})

@@ -8,7 +8,8 @@
 namespace quillo::stand_in {
 
 // What is done to the stored picture to show it: mirrored first, left to right, then turned clockwise.
-struct orientation
+// Aligned so that it is atomic without a lock.
+struct alignas(8) orientation
 {
     bool mirrored = false;
     int quarter_turns = 0; // 0 to 3
