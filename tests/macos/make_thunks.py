@@ -1,7 +1,8 @@
-"""Assembly in which every conversion function of a built macOS module is a jump into that module.
+"""Assembly in which every conversion function of a built macOS module, and on x86-64 every function
+outside a namespace, is a jump into that module.
 
 make_thunks.py ARCH MODULE OUT: tests that link the result instead of the conversion library run the module's code, and
-fail to link when the module lacks a function. The module's loader fills the slots, see thunks.h.
+fail to link when the module lacks a function. thunks.cpp fills the slots.
 """
 import pathlib
 import re
@@ -16,7 +17,10 @@ OURS = re.compile(r"__ZNK?10Processing5FXlib17format_conversion|__Z\d+(convert_|
 def functions(module, arch):
     lines = check.run("nm", "-U", f"--arch={arch}", module).splitlines()
     names = {fields[2] for fields in map(str.split, lines) if len(fields) == 3 and fields[1] in "tT"}
-    return sorted(name[1:] for name in names if OURS.match(name) and "_GLOBAL__N_" not in name)
+    wanted = {name for name in names if OURS.match(name) and "_GLOBAL__N_" not in name}
+    if arch == "x86_64":
+        wanted |= {name for name in names if re.match(r"__Z\d", name)}
+    return sorted(name[1:] for name in wanted)
 
 
 def argument_sizes(demangled):

@@ -10,6 +10,7 @@
 #include <strings.h>
 
 #ifdef __x86_64__
+#include "tests/support/macho/core_foundation.h"
 #include "tests/support/macho/system.h"
 #endif
 
@@ -42,6 +43,10 @@ void set_pattern(unsigned char* to, unsigned char const* pattern, std::size_t si
 void* import(std::string_view library, std::string_view symbol)
 {
 #ifdef __x86_64__
+    for (auto const table : {quillo::macho::core_foundation_adapters(), quillo::macho::core_services_adapters()})
+        for (auto const& each : table)
+            if (each.symbol == symbol)
+                return each.target;
     if (void* const found = quillo::macho::system_symbol(library, symbol))
         return found;
 #else
