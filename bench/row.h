@@ -48,6 +48,7 @@ struct row
     std::string name;
     std::vector<plane_shape> in, out;
     std::vector<candidate> candidates; // ours first
+    bool brief = false;                // only top-down, 1080 lines cold, and hot
 };
 
 std::vector<row> rows();

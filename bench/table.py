@@ -1,11 +1,14 @@
 #!/usr/bin/env python3
-"""Turns the JSON of bench_conversions into a Markdown table and a plot.
+"""Turns the JSON of bench_conversions, of one run or of several with other rows each, into what was reached of the
+goals, a Markdown table and a plot.
 
-usage: table.py RESULTS.json [--svg PLOT.svg] > table.md
+usage: table.py RESULTS.json... [--svg PLOT.svg] > table.md
 """
 
 import argparse
 import json
+
+import goals
 
 
 def candidates(run):
@@ -34,26 +37,44 @@ def lines(results):
                 direction = middle.strip("/")
                 break
         peer = min(found.items(), key=lambda item: item[1]["speed"], default=None)
+        same_work = [p["speed"] for p in found.values() if p["job"] != "less"]
         yield {
             "name": name, "direction": direction, "mode": mode, "ms": ours["ms"], "gbs": run["GB/s"], **limits,
-            "peer": f"{peer[0]} ({peer[1]['job']})" if peer else "", "speed": peer[1]["speed"] if peer else None,
+            "fastest": f"{peer[0]} ({peer[1]['job']})" if peer else "", goals.PEER: peer[1]["speed"] if peer else None, "same work": min(same_work, default=None),
         }
+
+
+def summary(rows):
+    """How many conversions are ahead of every peer and at their goal, and which lines are not."""
+    names = list(dict.fromkeys(r["name"] for r in rows))
+    with_peer = [n for n in names if any(r["name"] == n and r[goals.PEER] for r in rows)]
+    behind = {r["name"] for r in rows if r[goals.PEER] and not goals.met(1.0, r[goals.PEER])}
+    missed = [(r, *goal) for r in rows for goal in goals.judged(r) if not goals.met(*goal[1:])]
+    asked = sum(1 for r in rows for _ in goals.judged(r))
+    print(f"{len(names)} conversions, {len(with_peer)} of them with a peer: {len(with_peer) - len(behind)} are ahead of every peer "
+          f"or level with it in every mode. {asked - len(missed)} of {asked} goals are met, and by "
+          f"{len(names) - len({r['name'] for r, *_ in missed})} conversions all of theirs.\n")
+    print("| Missed | Lines | Mode | against | goal | reached |\n|---|---|---|---|---:|---:|")
+    for r, against, goal, reached in missed:
+        against = against if against in LIMITS else r["fastest"]
+        print(f"| `{r['name']}` | {r['direction']} | {r['mode']} | {against} | {goal:.2f} | {reached:.2f} |")
+    print()
 
 
 def markdown(rows):
     print("| Conversion | Lines | Mode | ms | GB/s | store limit | streaming limit | memcpy | fastest peer | ahead |")
     print("|---|---|---|---:|---:|---:|---:|---:|---|---:|")
     for r in rows:
-        ahead = f"{r['speed']:.2f}" if r["speed"] else ""
+        ahead = f"{r[goals.PEER]:.2f}" if r[goals.PEER] else ""
         print(f"| `{r['name']}` | {r['direction']} | {r['mode']} | {r['ms']:.3f} | {r['gbs']:.1f} | "
-              f"{r['store limit']:.2f} | {r['streaming limit']:.2f} | {r['memcpy']:.2f} | {r['peer']} | {ahead} |")
+              f"{r['store limit']:.2f} | {r['streaming limit']:.2f} | {r['memcpy']:.2f} | {r['fastest']} | {ahead} |")
 
 
 def plot(rows, path):
     """One bar a line: how many times faster than the fastest peer, on a scale that doubles."""
     from math import log2
 
-    rows = [r for r in rows if r["speed"]]
+    rows = [r for r in rows if r[goals.PEER]]
     height, left, octave = 14, 330, 90
     out = [f'<svg xmlns="http://www.w3.org/2000/svg" width="{left + 8 * octave}" height="{(len(rows) + 2) * height}" '
            f'font-family="sans-serif" font-size="10">', '<rect width="100%" height="100%" fill="white"/>']
@@ -63,9 +84,9 @@ def plot(rows, path):
                    f'stroke="{"black" if n == 0 else "#ccc"}"/><text x="{x}" y="10" text-anchor="middle">{2.0 ** n:g}x</text>')
     for i, r in enumerate(rows):
         y = (i + 1) * height
-        end = max(-1.0, min(7.0, log2(r["speed"])))
+        end = max(-1.0, min(7.0, log2(r[goals.PEER])))
         x, width = left + octave + min(0, end) * octave, abs(end) * octave
-        colour = "#2a7" if r["speed"] >= 1 else "#c52"
+        colour = "#2a7" if r[goals.PEER] >= 1 else "#c52"
         out.append(f'<text x="{left - 6}" y="{y + 10}" text-anchor="end">{r["name"]} {r["direction"]} {r["mode"]}</text>'
                    f'<rect x="{x:.0f}" y="{y + 2}" width="{width:.0f}" height="{height - 4}" fill="{colour}"/>')
     with open(path, "w", encoding="utf-8") as file:
@@ -74,11 +95,16 @@ def plot(rows, path):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("results")
+    parser.add_argument("results", nargs="+")
     parser.add_argument("--svg")
     given = parser.parse_args()
-    with open(given.results, encoding="utf-8") as file:
-        rows = list(lines(json.load(file)))
+    # A line that was measured again stands where it was.
+    found = {}
+    for name in given.results:
+        with open(name, encoding="utf-8") as file:
+            found.update({(r["name"], r["direction"], r["mode"]): r for r in lines(json.load(file))})
+    rows = list(found.values())
+    summary(rows)
     markdown(rows)
     if given.svg:
         plot(rows, given.svg)

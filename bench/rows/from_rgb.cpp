@@ -1,3 +1,4 @@
+#include "Plugins/Plugins.AdobeCC.Transmit/format_conversion.h"
 #include "bench/peers/gstreamer.h"
 #include "bench/peers/swscale.h"
 #include "bench/rows/ours.h"
@@ -99,6 +100,10 @@ void add_from_rgb(std::vector<row>& rows)
          four,
          uyvy_a,
          {split_alpha<conversion::bgra_709::uyvy_a>(false), libyuv_uyvy_a(), gstreamer("BGRA", "UYVY", job::less)}});
+    rows.push_back({"convert_BGRA_to_UYVY_A",
+                    four,
+                    uyvy_a,
+                    {ours<1, 2>(convert_BGRA_to_UYVY_A), libyuv_uyvy_a(), gstreamer("BGRA", "UYVY", job::less)}});
     rows.push_back({"bgr::uyvy",
                     three,
                     uyvy,

@@ -1,3 +1,4 @@
+#include "Plugins/Plugins.AdobeCC.Transmit/format_conversion.h"
 #include "bench/peers/gstreamer.h"
 #include "bench/peers/swscale.h"
 #include "bench/rows/ours.h"
@@ -203,15 +204,21 @@ void add_joins(std::vector<row>& rows)
                          split_line(source_line(f, 0, n), target_line(f, 1, n), spare_line(0), f.width);
                          merge_line(spare_line(0), source_line(f, 1, n), target_line(f, 0, n), f.width);
                      })}});
+    // What lies below: a line of black, or what the target holds already.
+    auto const blend = [](auto below) {
+        return by_lines("libyuv MergeUVPlane+BlendPlane", job::close, [=](frame const& f, int n) {
+            merge_line(source_line(f, 1, n), source_line(f, 1, n), spare_line(0), f.width);
+            libyuv::BlendPlane(source_line(f, 0, n), 0, below(f, n), 0, spare_line(0), 0, target_line(f, 0, n), 0,
+                               f.width * 2, 1);
+        });
+    };
     rows.push_back({"uyvy_a::uyvy",
                     {uyvy, y},
                     {uyvy},
-                    {ours<2, 1>(conversion::uyvy_a::uyvy),
-                     by_lines("libyuv MergeUVPlane+BlendPlane", job::close, [](frame const& f, int n) {
-                         merge_line(source_line(f, 1, n), source_line(f, 1, n), spare_line(0), f.width);
-                         libyuv::BlendPlane(source_line(f, 0, n), 0, spare_line(2), 0, spare_line(0), 0,
-                                            target_line(f, 0, n), 0, f.width * 2, 1);
-                     })}});
+                    {ours<2, 1>(conversion::uyvy_a::uyvy), blend([](frame const&, int) { return spare_line(2); })}});
+    rows.push_back({"composite", {uyvy, y}, {uyvy}, {ours<2, 1>(composite), blend([](frame const& f, int n) {
+                                                         return target_line(f, 0, n);
+                                                     })}});
 }
 
 } // namespace

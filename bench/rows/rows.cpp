@@ -11,6 +11,7 @@ std::vector<row> rows()
     add_uyvy_to_rgb(all);
     add_repacking(all);
     add_deep_and_special(all);
+    add_rest_of_table(all);
     return all;
 }
 

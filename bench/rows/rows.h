@@ -11,5 +11,7 @@ void add_from_rgb(std::vector<row>& rows);
 void add_uyvy_to_rgb(std::vector<row>& rows);
 void add_repacking(std::vector<row>& rows);
 void add_deep_and_special(std::vector<row>& rows);
+// Last: what the others have left out.
+void add_rest_of_table(std::vector<row>& rows);
 
 } // namespace bench

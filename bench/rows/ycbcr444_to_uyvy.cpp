@@ -1,3 +1,4 @@
+#include "Plugins/Plugins.AdobeCC.Transmit/format_conversion.h"
 #include "bench/peers/gstreamer.h"
 #include "bench/rows/ours.h"
 #include "bench/rows/rows.h"
@@ -31,6 +32,11 @@ void add_ycbcr444_to_uyvy(std::vector<row>& rows)
                      gstreamer("VUYA", "UYVY", job::exact)}});
     rows.push_back(
         {"ycbcrx::uyvy", pixel, uyvy, {ours<1, 1>(conversion::ycbcrx::uyvy), gstreamer("AYUV", "UYVY", job::close)}});
+    rows.push_back({"convert_YUYA_to_UYVY_A",
+                    pixel,
+                    uyvy_a,
+                    {ours<1, 2>(convert_YUYA_to_UYVY_A), gstreamer("AYUV", "UYVY", job::less),
+                     gstreamer("VUYA", "UYVY", job::less)}});
     rows.push_back({"vuya::uyvy", pixel, uyvy, {ours<1, 1>(conversion::vuya::uyvy)}});
     rows.push_back({"ycbcra::uyvy", pixel, uyvy, {ours<1, 1>(conversion::ycbcra::uyvy)}});
 }

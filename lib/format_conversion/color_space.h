@@ -3,6 +3,6 @@
 
 namespace Processing::FXlib::format_conversion {
 
-enum e_ycbcr_color_space { ycbcr_601 = 601, ycbcr_709 = 709 };
+enum e_ycbcr_color_space : int { ycbcr_601 = 601, ycbcr_709 = 709 };
 
 } // namespace Processing::FXlib::format_conversion

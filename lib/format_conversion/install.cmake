@@ -13,7 +13,10 @@ install(DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR}/ DESTINATION ${include_root}/lib/f
   COMPONENT format_conversion FILES_MATCHING PATTERN "*.h"
   PATTERN bodies EXCLUDE
   PATTERN detail/by_alignment.h EXCLUDE
+  PATTERN detail/from_rgb.h EXCLUDE
+  PATTERN detail/from_ycbcr444.h EXCLUDE
   PATTERN detail/picture_walk.h EXCLUDE
+  PATTERN detail/to_uyvy.h EXCLUDE
   PATTERN line/instances.h EXCLUDE
   PATTERN line/vec.h EXCLUDE)
 

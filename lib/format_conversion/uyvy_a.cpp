@@ -16,13 +16,12 @@ using namespace detail;
 namespace uyvy_a {
 namespace {
 
-template <bool matrix, bool order>
+template <class Kernel, bool... flags>
 void four_bytes(unsigned char const* src, int src_stride, unsigned char const* alpha, int alpha_stride,
                 unsigned char* dst, int dst_stride, int width, int height)
 {
     walk(width, height,
-         by_alignment<line::uyvy_a_to_four_bytes, matrix, order>(is_aligned(src, src_stride, alpha, alpha_stride),
-                                                                 is_aligned(dst, dst_stride)),
+         by_alignment<Kernel, flags...>(is_aligned(src, src_stride, alpha, alpha_stride), is_aligned(dst, dst_stride)),
          plane{src, src_stride, width * 2ll}, plane{alpha, alpha_stride, width}, plane{dst, dst_stride, width * 4ll});
 }
 
@@ -31,25 +30,29 @@ void four_bytes(unsigned char const* src, int src_stride, unsigned char const* a
 void bgra_601(unsigned char const* src, int src_stride, unsigned char const* alpha, int alpha_stride,
               unsigned char* dst, int dst_stride, int width, int height)
 {
-    four_bytes<bt601, line::bgra_order>(src, src_stride, alpha, alpha_stride, dst, dst_stride, width, height);
+    four_bytes<line::uyvy_a_to_four_bytes, bt601, line::bgra_order>(src, src_stride, alpha, alpha_stride, dst,
+                                                                    dst_stride, width, height);
 }
 
 void bgra_709(unsigned char const* src, int src_stride, unsigned char const* alpha, int alpha_stride,
               unsigned char* dst, int dst_stride, int width, int height)
 {
-    four_bytes<bt709, line::bgra_order>(src, src_stride, alpha, alpha_stride, dst, dst_stride, width, height);
+    four_bytes<line::uyvy_a_to_four_bytes, bt709, line::bgra_order>(src, src_stride, alpha, alpha_stride, dst,
+                                                                    dst_stride, width, height);
 }
 
 void rgba_601(unsigned char const* src, int src_stride, unsigned char const* alpha, int alpha_stride,
               unsigned char* dst, int dst_stride, int width, int height)
 {
-    four_bytes<bt601, line::rgba_order>(src, src_stride, alpha, alpha_stride, dst, dst_stride, width, height);
+    four_bytes<line::uyvy_a_to_four_bytes, bt601, line::rgba_order>(src, src_stride, alpha, alpha_stride, dst,
+                                                                    dst_stride, width, height);
 }
 
 void rgba_709(unsigned char const* src, int src_stride, unsigned char const* alpha, int alpha_stride,
               unsigned char* dst, int dst_stride, int width, int height)
 {
-    four_bytes<bt709, line::rgba_order>(src, src_stride, alpha, alpha_stride, dst, dst_stride, width, height);
+    four_bytes<line::uyvy_a_to_four_bytes, bt709, line::rgba_order>(src, src_stride, alpha, alpha_stride, dst,
+                                                                    dst_stride, width, height);
 }
 
 void bgra(unsigned char const* src, int src_stride, unsigned char const* alpha, int alpha_stride, unsigned char* dst,
@@ -87,19 +90,15 @@ void uyvy(unsigned char const* src, int src_stride, unsigned char const* alpha, 
 void ycbcra(unsigned char const* src, int src_stride, unsigned char const* alpha, int alpha_stride, unsigned char* dst,
             int dst_stride, int width, int height)
 {
-    walk(width, height,
-         by_alignment<line::uyvy_a_to_444, line::ycbcra_order>(is_aligned(src, src_stride, alpha, alpha_stride),
-                                                               is_aligned(dst, dst_stride)),
-         plane{src, src_stride, width * 2ll}, plane{alpha, alpha_stride, width}, plane{dst, dst_stride, width * 4ll});
+    four_bytes<line::uyvy_a_to_444, line::ycbcra_order>(src, src_stride, alpha, alpha_stride, dst, dst_stride, width,
+                                                        height);
 }
 
 void crcbya(unsigned char const* src, int src_stride, unsigned char const* alpha, int alpha_stride, unsigned char* dst,
             int dst_stride, int width, int height)
 {
-    walk(width, height,
-         by_alignment<line::uyvy_a_to_444, line::crcbya_order>(is_aligned(src, src_stride, alpha, alpha_stride),
-                                                               is_aligned(dst, dst_stride)),
-         plane{src, src_stride, width * 2ll}, plane{alpha, alpha_stride, width}, plane{dst, dst_stride, width * 4ll});
+    four_bytes<line::uyvy_a_to_444, line::crcbya_order>(src, src_stride, alpha, alpha_stride, dst, dst_stride, width,
+                                                        height);
 }
 } // namespace uyvy_a
 

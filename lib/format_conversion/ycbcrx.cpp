@@ -1,10 +1,7 @@
 #include "lib/format_conversion/ycbcrx.h"
 
-#include "lib/format_conversion/alignment.h"
 #include "lib/format_conversion/bgrx.h"
-#include "lib/format_conversion/detail/by_alignment.h"
-#include "lib/format_conversion/detail/picture_walk.h"
-#include "lib/format_conversion/line/ycbcr444_to_uyvy.h"
+#include "lib/format_conversion/detail/from_ycbcr444.h"
 
 namespace Processing::FXlib::format_conversion {
 
@@ -18,10 +15,7 @@ void ycbcrx(unsigned char const* src, int src_stride, unsigned char* dst, int ds
 
 void uyvy(unsigned char const* src, int src_stride, unsigned char* dst, int dst_stride, int width, int height)
 {
-    auto const kernel =
-        by_alignment<line::reorder_444, line::ycbcr_order>(is_aligned(src, src_stride), is_aligned(dst, dst_stride));
-    walk(width, height, kernel, plane{src, src_stride, width * 4ll},
-         plane{dst, dst_stride, width * 2ll, whole_pairs(width)});
+    ycbcr444_to_uyvy<line::reorder_444, ycbcr_order>(src, src_stride, dst, dst_stride, width, height);
 }
 } // namespace ycbcrx
 

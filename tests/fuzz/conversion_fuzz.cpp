@@ -34,8 +34,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
             int const more = input.ConsumeIntegralInRange<int>(0, 999) * row.planes[i].sample_bytes;
             t.strides[i] = (row.planes[i].length(width) + more) * (input.ConsumeBool() ? 1 : -1);
         }
-    if (row.last != last_argument::color_space) // an enumeration holds no other numbers
-        t.option = input.ConsumeIntegral<int>();
+    t.option = input.ConsumeIntegral<int>();
     std::string const problem = bench.run(t, random);
     if (!problem.empty()) {
         std::fputs(problem.c_str(), stderr);

@@ -34,4 +34,22 @@ FAULTS = [
         "old": "    for (; i < count; ++i) {\n        int const y = src[i * 2 + 1];",
         "new": "    for (; i + 1 < count; ++i) {\n        int const y = src[i * 2 + 1];",
     },
+    {
+        "name": "half a vector streamed to the wrong place",
+        "file": "lib/format_conversion/line/vec_256.h",
+        "old": "_mm_stream_si128(half + 1, _mm256_extracti128_si256(v, 1));",
+        "new": "_mm_stream_si128(half, _mm256_extracti128_si256(v, 1));",
+    },
+    {
+        "name": "streamed where nothing is aligned",
+        "file": "lib/format_conversion/detail/picture_walk.h",
+        "old": "static_cast<std::uintptr_t>(stride)) & 15) == 0;",
+        "new": "static_cast<std::uintptr_t>(stride)) & 7) == 0;",
+    },
+    {
+        "name": "lines reversed that reach into each other",
+        "file": "lib/format_conversion/detail/picture_walk.h",
+        "old": "return !is_target || reach <= (stride < 0 ? -static_cast<long long>(stride) : stride);",
+        "new": "return !is_target || tight <= (stride < 0 ? -static_cast<long long>(stride) : stride);",
+    },
 ]

@@ -67,11 +67,11 @@ int offset_of(bool aligned, plane_shape const& shape, random_numbers& random)
 
 int draw_option(last_argument last, random_numbers& random)
 {
-    int const matrices[] = {601, 709, 0, 600, 602, 708, 710};
+    int const matrices[] = {601, 709, 0, 600, 602, 708, 710, -1, 5000};
     int const values[] = {0, 255, 16, -1, 300, random.below(256)};
     switch (last) {
     case last_argument::color_space:
-        return matrices[random.below(7)];
+        return matrices[random.below(9)];
     case last_argument::value:
         return values[random.below(6)];
     case last_argument::expand:

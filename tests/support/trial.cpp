@@ -57,6 +57,23 @@ bool must_align(trial const& t, std::size_t plane)
     return t.height == 1 && (t.row->planes[plane].written ? t.row->outputs_aligned : t.row->sources_aligned);
 }
 
+// How the library is told to convert: by which variant, and from how many bytes on past the caches.
+struct run_as
+{
+    processors::processor variant;
+    long long streaming_from;
+};
+
+// Every variant, and each once more past the caches.
+std::vector<run_as> every_way()
+{
+    std::vector<run_as> ways;
+    for (processors::processor const variant : processors::variants())
+        for (long long const from : {processors::streaming_bytes, 0ll})
+            ways.push_back({variant, from});
+    return ways;
+}
+
 } // namespace
 
 std::string describe(trial const& t)
@@ -185,8 +202,7 @@ std::string trial_bench::run(trial const& t, random_numbers& random)
     ours.all_opaque = reports ? &expected_opaque : nullptr;
     t.row->reference(ours);
 
-    for (processors::processor const variant : processors::variants()) {
-        processors::force(variant);
+    for (run_as const& as : every_way()) {
         for (std::size_t i = 0; i < planes; ++i)
             if (t.row->planes[i].written) {
                 laid_out const given = lay_out(t, i, *given_[i]);
@@ -196,6 +212,8 @@ std::string trial_bench::run(trial const& t, random_numbers& random)
         theirs.all_opaque = reports ? &opaque : nullptr;
         if (!t.row->library)
             continue;
+        processors::force(as.variant);
+        processors::force_streaming_from(as.streaming_from);
         t.row->library(theirs);
         processors::unforce();
 
@@ -208,7 +226,8 @@ std::string trial_bench::run(trial const& t, random_numbers& random)
         if (problem.empty() && opaque != expected_opaque)
             problem = std::string{"opaque: expected "} + (expected_opaque ? "true" : "false");
         if (!problem.empty())
-            return describe(t) + ", " + processors::name(variant) + "\n" + problem;
+            return describe(t) + ", " + processors::name(as.variant) +
+                   (as.streaming_from == 0 ? ", past the caches" : "") + "\n" + problem;
     }
     return {};
 }

@@ -1,4 +1,5 @@
 // The comparison itself: conversions with planted faults must be noticed.
+#include "lib/format_conversion/detail/processor.h"
 #include "tests/support/sweep.h"
 
 #include <gtest/gtest.h>
@@ -65,6 +66,13 @@ void copy_and_say_opaque(call const& c)
     *c.all_opaque = true;
 }
 
+void copy_wrongly_past_the_caches(call const& c)
+{
+    copy(c);
+    if (Processing::FXlib::format_conversion::detail::streaming_from() == 0)
+        c.planes[1].data[0] ^= 1;
+}
+
 class Trial : public testing::Test
 {
   protected:
@@ -96,6 +104,11 @@ TEST_F(Trial, TellsWhereTheFirstDifferenceIs)
 TEST_F(Trial, GuardsAreCompared) { EXPECT_NE(run(copy_and_write_far_away), ""); }
 
 TEST_F(Trial, SourcesAreCompared) { EXPECT_THAT(run(copy_and_change_the_source), testing::HasSubstr("plane 0")); }
+
+TEST_F(Trial, PicturesAreStoredPastTheCachesToo)
+{
+    EXPECT_THAT(run(copy_wrongly_past_the_caches), testing::HasSubstr("past the caches"));
+}
 
 TEST_F(Trial, OpaqueResultIsCompared)
 {

@@ -1,9 +1,7 @@
 // The front ends from RGB, for every layout and matrix that they exist for.
 #pragma once
 
-#include "lib/format_conversion/alignment.h"
-#include "lib/format_conversion/detail/by_alignment.h"
-#include "lib/format_conversion/detail/picture_walk.h"
+#include "lib/format_conversion/detail/to_uyvy.h"
 #include "lib/format_conversion/line/rgb_to_uyvy.h"
 #include "lib/format_conversion/line/rgb_to_ycbcr444.h"
 
@@ -20,23 +18,15 @@ inline constexpr bool crcby_order = true;
 template <class Kernel, bool... flags>
 void rgb_to_uyvy(unsigned char const* src, int src_stride, unsigned char* dst, int dst_stride, int width, int height)
 {
-    walk(width, height, by_alignment<Kernel, flags...>(is_aligned(src, src_stride), is_aligned(dst, dst_stride)),
-         plane{src, src_stride, width * 4ll}, plane{dst, dst_stride, width * 2ll});
+    to_uyvy<Kernel, flags...>(src, src_stride, dst, dst_stride, width, height, width);
 }
 
 template <bool matrix, bool order>
 void rgb_to_uyvy_a(unsigned char const* src, int src_stride, unsigned char* dst, int dst_stride, unsigned char* alpha,
                    int alpha_stride, int width, int height, bool* all_opaque)
 {
-    bool const src_aligned = is_aligned(src, src_stride);
-    bool const dst_aligned = is_aligned(dst, dst_stride, alpha, alpha_stride);
-    auto const kernel = all_opaque != nullptr
-                            ? by_alignment<line::rgb_to_uyvy_a, matrix, order, true>(src_aligned, dst_aligned)
-                            : by_alignment<line::rgb_to_uyvy_a, matrix, order, false>(src_aligned, dst_aligned);
-    bool const opaque = walk(width, height, kernel, plane{src, src_stride, width * 4ll},
-                             plane{dst, dst_stride, width * 2ll}, plane{alpha, alpha_stride, width});
-    if (all_opaque != nullptr)
-        *all_opaque = opaque;
+    to_uyvy_a<line::rgb_to_uyvy_a, matrix, order>(src, src_stride, dst, dst_stride, alpha, alpha_stride, width, height,
+                                                  all_opaque, width);
 }
 
 template <bool matrix, bool order, bool target_order, bool fourth_byte>

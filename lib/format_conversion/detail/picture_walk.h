@@ -1,6 +1,7 @@
 // From a picture to the runs that a kernel converts: the whole picture at once or line by line.
 #pragma once
 
+#include "lib/format_conversion/detail/processor.h"
 #include "lib/format_conversion/line/access.h"
 
 #include <cstdint>
@@ -31,11 +32,8 @@ struct plane
         return static_cast<Sample*>(static_cast<nothing*>(reinterpret_cast<byte*>(first) + n * stride));
     }
 
-    // A line that stays inside its own length may be written before or after any other.
-    bool any_order() const
-    {
-        return !is_target || (reach == tight && tight <= (stride < 0 ? -static_cast<long long>(stride) : stride));
-    }
+    // Lines that do not reach into one another may be written in any order.
+    bool any_order() const { return !is_target || reach <= (stride < 0 ? -static_cast<long long>(stride) : stride); }
 
     bool streamable() const
     {
@@ -74,10 +72,6 @@ inline int four_bytes_each(int width) { return static_cast<int>(static_cast<unsi
 // Bytes of a UYVY line that ends with a whole pair.
 inline long long whole_pairs(int width) { return (width + 1ll) / 2 * 4; }
 
-// Targets of this many bytes together do not stay in the caches until they are read, so their lines are not fetched
-// either. A 1080p pair of buffers still fits.
-inline constexpr long long streaming_bytes = 12'000'000;
-
 // Sources and targets of no more bytes than this are taken to be in a core's own caches.
 inline constexpr long long cached_bytes = 512 << 10;
 
@@ -87,15 +81,18 @@ int first_stride(plane<First> first, plane<Rest>...)
     return first.stride;
 }
 
+enum class runs { joined, lines };
+
 // Gives kernel(first bytes of each plane..., pixels, access) each run, the planes in the kernel's own order with a
-// source first. Returns the AND of the runs' results where the kernel has any: true for a picture without lines.
-template <class Kernel, class... Samples>
+// source first: every line, or the whole picture where lines may join and follow each other without a gap. Returns the
+// AND of the runs' results where the kernel has any: all ones for a picture without lines.
+template <runs by = runs::joined, class Kernel, class... Samples>
 auto walk(int width, int height, Kernel kernel, plane<Samples>... planes)
 {
     using result = std::invoke_result_t<Kernel, Samples*..., int, line::access>;
     if constexpr (!std::is_void_v<result>) {
-        bool all = true;
-        walk(
+        auto all = static_cast<result>(-1);
+        walk<by>(
             width, height, [&](Samples*... lines, int count, line::access how) { all &= kernel(lines..., count, how); },
             planes...);
         return all;
@@ -105,12 +102,12 @@ auto walk(int width, int height, Kernel kernel, plane<Samples>... planes)
         if (width < 0)
             width = 0;
         line::access how;
-        how.streaming = ((plane<Samples>::is_target ? planes.tight * height : 0) + ...) >= streaming_bytes &&
+        how.streaming = ((plane<Samples>::is_target ? planes.tight * height : 0) + ...) >= streaming_from() &&
                         (planes.streamable() && ...);
         bool const cached = (planes.tight + ...) * height <= cached_bytes;
         if (cached)
             how.ahead = 0;
-        if (height == 1 || ((planes.stride == planes.tight) && ...)) {
+        if (by == runs::joined && (height == 1 || ((planes.stride == planes.tight) && ...))) {
             kernel(planes.first..., static_cast<int>(static_cast<unsigned>(width) * static_cast<unsigned>(height)),
                    how);
         } else {

@@ -36,9 +36,24 @@ std::atomic<processor>& choice()
     return current;
 }
 
-std::atomic<processor> reported{processor::ssse3};
+std::atomic<long long> streaming_threshold{streaming_bytes};
+
+bool fast_strings()
+{
+#if defined(__x86_64__)
+    unsigned a = 0, b = 0, c = 0, d = 0;
+    return __get_cpuid_count(7, 0, &a, &b, &c, &d) != 0 && (b & (1u << 9)) != 0;
+#else
+    return false;
+#endif
+}
 
 } // namespace
+
+// Not yet known to conversions before main(), which are only slower for it.
+bool const has_fast_strings = fast_strings();
+
+int last_reported = 0;
 
 std::vector<processor> variants()
 {
@@ -66,28 +81,16 @@ processor chosen() { return choice().load(std::memory_order_relaxed); }
 
 void force(processor p) { choice().store(p, std::memory_order_relaxed); }
 
-void unforce() { force(variants().back()); }
+long long streaming_from() { return streaming_threshold.load(std::memory_order_relaxed); }
 
-processor last_ran() { return reported.load(std::memory_order_relaxed); }
+void force_streaming_from(long long bytes) { streaming_threshold.store(bytes, std::memory_order_relaxed); }
 
-void note_ran(processor p)
+void unforce()
 {
-    // Written only when it changes, so that threads do not fight for the line.
-    if (reported.load(std::memory_order_relaxed) != p)
-        reported.store(p, std::memory_order_relaxed);
+    force(variants().back());
+    force_streaming_from(streaming_bytes);
 }
 
-bool has_fast_strings()
-{
-#if defined(__x86_64__)
-    static bool const fast = [] {
-        unsigned a = 0, b = 0, c = 0, d = 0;
-        return __get_cpuid_count(7, 0, &a, &b, &c, &d) != 0 && (b & (1u << 9)) != 0;
-    }();
-    return fast;
-#else
-    return false;
-#endif
-}
+processor last_ran() { return static_cast<processor>(__atomic_load_n(&last_reported, __ATOMIC_RELAXED)); }
 
 } // namespace Processing::FXlib::format_conversion::detail

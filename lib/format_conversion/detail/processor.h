@@ -1,5 +1,5 @@
-// Which build of the kernels runs on this processor. Chosen at the first use, the same for the life of the process
-// unless a test or a benchmark forces another.
+// Which build of the kernels runs on this processor, chosen at the first use, and from which size on stores go past the
+// caches. The same for the life of the process unless a test or a benchmark forces another.
 #pragma once
 
 #include <vector>
@@ -16,15 +16,23 @@ processor chosen();
 
 // Makes every later conversion use p, which must be one of variants(). Not while a conversion runs.
 void force(processor p);
-// Back to the machine's best.
+
+// Targets of this many bytes together do not stay in the caches until they are read, so their lines are not fetched
+// either. A 1080p pair of buffers still fits.
+inline constexpr long long streaming_bytes = 12'000'000;
+// What goes instead of it: streaming_bytes, unless another size is forced. 0 streams everything that is aligned for it.
+long long streaming_from();
+void force_streaming_from(long long bytes);
+
+// Back to the machine's best, and to streaming_bytes.
 void unforce();
 
 // The variant whose code ran last, on whichever thread; each kernel reports itself. Where avx512 is chosen, kernels
 // that gain nothing from it (Kernel::widest) run avx2.
 processor last_ran();
-void note_ran(processor);
+extern int last_reported;
 
-// Whether the string move instructions are the fastest copy.
-bool has_fast_strings();
+// Whether the string instructions are the fastest way to copy and to fill.
+extern bool const has_fast_strings;
 
 } // namespace Processing::FXlib::format_conversion::detail

@@ -17,6 +17,14 @@ constexpr int lanes_of = p == processor::avx512 ? 4
 template <processor p>
 using widest_vec = vec<p, lanes_of<p>>;
 
+// Written only when it changes, so that threads do not fight for the line.
+template <processor p>
+QUILLO_INLINE inline void note_ran()
+{
+    if (__atomic_load_n(&detail::last_reported, __ATOMIC_RELAXED) != static_cast<int>(p))
+        __atomic_store_n(&detail::last_reported, static_cast<int>(p), __ATOMIC_RELAXED);
+}
+
 // Fetches the cache lines of so many bytes so far ahead, if at all. Pays with several sources or targets and before
 // streamed stores; between one source and one target of ordinary stores the processor reads ahead better by itself.
 template <processor p, int bytes>
@@ -27,12 +35,31 @@ QUILLO_INLINE inline void prefetch(unsigned char const* at, std::ptrdiff_t ahead
             _mm_prefetch(at + ahead + line, _MM_HINT_T0);
 }
 
+// The string instructions neither fetch the lines that they fill nor push them out of the caches. Short runs do not pay
+// for their start.
+template <processor p>
+bool by_string(std::ptrdiff_t bytes, access how)
+{
+    return p != processor::ssse3 && !how.streaming && bytes >= 256 && detail::has_fast_strings;
+}
+
 QUILLO_INLINE inline void move_string(unsigned char const* from, unsigned char* to, std::ptrdiff_t bytes)
 {
 #if defined(__x86_64__)
     asm volatile("rep movsb" : "+S"(from), "+D"(to), "+c"(bytes) : : "memory");
 #else
     __builtin_memcpy(to, from, bytes);
+#endif
+}
+
+// Eight bytes, the lowest first, again and again.
+QUILLO_INLINE inline void fill_string(unsigned char* to, unsigned long long pattern, std::ptrdiff_t times)
+{
+#if defined(__x86_64__)
+    asm volatile("rep stosq" : "+D"(to), "+c"(times) : "a"(pattern) : "memory");
+#else
+    for (; times > 0; --times, to += 8)
+        __builtin_memcpy(to, &pattern, 8);
 #endif
 }
 
@@ -54,7 +81,7 @@ QUILLO_INLINE inline std::ptrdiff_t blocks_stored(std::ptrdiff_t count, Body con
 template <processor p, int pixels, class Body>
 QUILLO_INLINE inline std::ptrdiff_t blocks(std::ptrdiff_t count, access how, Body const& body)
 {
-    detail::note_ran(p);
+    note_ran<p>();
     return how.streaming ? blocks_stored<p, pixels, true>(count, body) : blocks_stored<p, pixels, false>(count, body);
 }
 

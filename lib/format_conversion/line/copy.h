@@ -27,7 +27,7 @@ struct copy_bytes
 
 struct copy_testing_alpha
 {
-    static constexpr auto widest = detail::processor::avx2;
+    static constexpr auto widest = detail::processor::avx512;
     template <detail::processor p, bool src_aligned, bool dst_aligned>
     static bool run(unsigned char const* src, unsigned char* dst, int count, access how);
 };

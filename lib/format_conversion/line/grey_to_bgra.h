@@ -8,7 +8,7 @@ namespace Processing::FXlib::format_conversion::line {
 
 struct spread_grey
 {
-    static constexpr auto widest = detail::processor::avx512;
+    static constexpr auto widest = detail::processor::avx2;
     template <detail::processor p, bool src_aligned, bool dst_aligned>
     static void run(unsigned char const* src, unsigned char* dst, int count, access how);
 };

@@ -126,7 +126,10 @@ struct vec<p, 1>
     QUILLO_INLINE static vec zero() { return {_mm_setzero_si128()}; }
     QUILLO_INLINE static vec ones() { return {_mm_set1_epi8(-1)}; }
 
-    QUILLO_INLINE static vec of_bytes(unsigned char value) { return {_mm_set1_epi8(static_cast<char>(value))}; }
+    QUILLO_INLINE static vec of_eight(unsigned long long bytes)
+    {
+        return {_mm_set1_epi64x(static_cast<long long>(bytes))};
+    }
 
     // The same 16 bytes in every lane.
     template <class T>

@@ -13,7 +13,10 @@ struct vec<p, 2>
 
     QUILLO_INLINE static vec zero() { return {_mm256_setzero_si256()}; }
     QUILLO_INLINE static vec ones() { return {_mm256_set1_epi8(-1)}; }
-    QUILLO_INLINE static vec of_bytes(unsigned char value) { return {_mm256_set1_epi8(static_cast<char>(value))}; }
+    QUILLO_INLINE static vec of_eight(unsigned long long bytes)
+    {
+        return {_mm256_set1_epi64x(static_cast<long long>(bytes))};
+    }
 
     template <class T>
     QUILLO_INLINE static vec repeat(lane<T> const& bytes)

@@ -28,7 +28,10 @@ struct vec<p, 4>
 
     QUILLO_INLINE static vec zero() { return {_mm512_setzero_si512()}; }
     QUILLO_INLINE static vec ones() { return {_mm512_set1_epi8(-1)}; }
-    QUILLO_INLINE static vec of_bytes(unsigned char value) { return {_mm512_set1_epi8(static_cast<char>(value))}; }
+    QUILLO_INLINE static vec of_eight(unsigned long long bytes)
+    {
+        return {_mm512_set1_epi64(static_cast<long long>(bytes))};
+    }
 
     template <class T>
     QUILLO_INLINE static vec repeat(lane<T> const& bytes)

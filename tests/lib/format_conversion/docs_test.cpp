@@ -6,10 +6,8 @@
 #include <sstream>
 #include <string>
 
-namespace quillo::conversions
-{
-namespace
-{
+namespace quillo::conversions {
+namespace {
 
 TEST(Docs, NameEveryConversion)
 {

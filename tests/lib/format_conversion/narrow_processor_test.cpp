@@ -17,15 +17,6 @@ namespace {
 
 namespace processors = Processing::FXlib::format_conversion::detail;
 
-std::vector<conversion> library_rows()
-{
-    std::vector<conversion> rows;
-    for (conversion const& row : all())
-        if (row.library && !row.target().empty())
-            rows.push_back(row);
-    return rows;
-}
-
 void convert_as(processors::processor forced, conversion const& row)
 {
     rlimit const no_core_files{0, 0};
@@ -56,7 +47,7 @@ TEST_P(NarrowProcessor, ForcedWideVariantDies)
     EXPECT_EXIT(convert_as(processors::processor::avx2, GetParam()), testing::KilledBySignal(SIGILL), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(Conversions, NarrowProcessor, testing::ValuesIn(library_rows()),
+INSTANTIATE_TEST_SUITE_P(Conversions, NarrowProcessor, testing::ValuesIn(all()),
                          [](auto const& row) { return test_name(row.param); });
 
 } // namespace

@@ -97,7 +97,10 @@ TEST(Table, HasEveryFrontEndOnce)
         EXPECT_TRUE(row.library || row.target().empty()) << row.name;
         EXPECT_TRUE(row.reference) << row.name;
     }
-    EXPECT_THAT(found, testing::ContainerEq(expected));
+    // Once each; a conversion that is new since need not be in the list.
+    for (std::string const& name : found)
+        EXPECT_EQ(found.count(name), 1u) << name;
+    EXPECT_THAT(expected, testing::IsSubsetOf(found));
 }
 
 TEST(Table, HasEveryKernelInstance)

@@ -148,7 +148,7 @@ TEST(UyvyToRGB, AnyOtherMatrixNumberIs601)
     outcome const bt601 = convert({"uyvy::r_g_b_601", 18, 1, {source}});
     outcome const bt709 = convert({"uyvy::r_g_b_709", 18, 1, {source}});
     EXPECT_EQ(convert({"uyvy::r_g_b", 18, 1, {source}, {}, 709}).planes, bt709.planes);
-    for (int const other : {601, 0, 708, 710, 1001})
+    for (int const other : {601, 0, 708, 710, 1001, -1})
         EXPECT_EQ(convert({"uyvy::r_g_b", 18, 1, {source}, {}, other}).planes, bt601.planes) << other;
 }
 

@@ -43,8 +43,6 @@ TEST(Variants, TheForcedOneRuns)
     std::map<processors::processor, int> rows;
     int converted = 0;
     for (conversion const& row : all()) {
-        if (!row.library || row.target().empty())
-            continue;
         ++converted;
         for (processors::processor const p : variants_of(row))
             ++rows[p];
@@ -62,6 +60,18 @@ TEST(Variants, TheNarrowestIsAlwaysThereAndTheBestIsChosen)
     ASSERT_FALSE(processors::variants().empty());
     EXPECT_EQ(processors::variants().front(), processors::processor::ssse3);
     EXPECT_EQ(processors::chosen(), processors::variants().back());
+}
+
+TEST(Variants, NothingIsForcedUnlessAskedFor)
+{
+    EXPECT_EQ(processors::streaming_from(), processors::streaming_bytes);
+    processors::force(processors::processor::ssse3);
+    processors::force_streaming_from(0);
+    EXPECT_EQ(processors::chosen(), processors::processor::ssse3);
+    EXPECT_EQ(processors::streaming_from(), 0);
+    processors::unforce();
+    EXPECT_EQ(processors::chosen(), processors::variants().back());
+    EXPECT_EQ(processors::streaming_from(), processors::streaming_bytes);
 }
 
 } // namespace

@@ -8,14 +8,6 @@ namespace Processing::FXlib::format_conversion::line {
 
 namespace {
 
-// The string instruction neither fetches the lines that it fills nor pushes them out of the caches. Short runs do not
-// pay for its start.
-template <processor p>
-bool by_string(std::ptrdiff_t bytes, access how)
-{
-    return p != processor::ssse3 && !how.streaming && bytes >= 256 && detail::has_fast_strings();
-}
-
 // body(byte offset) for every vector of the run, several in a pass. Returns how many bytes that was.
 template <processor p, class Body>
 QUILLO_INLINE inline std::ptrdiff_t vectors(std::ptrdiff_t bytes, access how, Body const& body)
@@ -35,7 +27,7 @@ template <processor p, bool src_aligned, bool dst_aligned>
 void copy_bytes::run(unsigned char const* src, unsigned char* dst, int count, access how)
 {
     if (by_string<p>(count, how)) {
-        detail::note_ran(p);
+        note_ran<p>();
         return move_string(src, dst, count);
     }
     auto const done = vectors<p>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t i) {
@@ -52,14 +44,19 @@ bool copy_testing_alpha::run(unsigned char const* src, unsigned char* dst, int c
     alpha_test<p> alphas;
     std::ptrdiff_t const bytes = count * std::ptrdiff_t{4};
 
-    if (by_string<p>(bytes, how)) {
+    // In the nearest caches vectors are faster.
+    if (how.ahead != 0 && by_string<p>(bytes, how)) {
         // Pieces that are still in the first cache when they are moved.
-        constexpr std::ptrdiff_t piece = 16384;
+        constexpr std::ptrdiff_t piece = 8192;
         for (std::ptrdiff_t at = 0; at < bytes; at += piece) {
             std::ptrdiff_t const length = bytes - at < piece ? bytes - at : piece;
-            auto i = vectors<p>(length, how, [&]<class V, bool>(std::ptrdiff_t n) {
-                prefetch<p, 16 * V::lanes>(src + at + n, how.ahead);
-                alphas.add(V::template load<false>(src + at + n));
+            // Eight vectors are put together before they wait for those that came before.
+            auto i = blocks<p, 128>(length, how, [&]<class V, bool>(std::ptrdiff_t n) {
+                prefetch<p, 128 * V::lanes>(src + at + n, how.ahead);
+                auto all = V::ones();
+                for (int vector = 0; vector < 8; ++vector)
+                    all = all & V::template load<false>(src + at + n + 16 * V::lanes * vector);
+                alphas.add(all);
             });
             for (; i < length; i += 4)
                 alphas.add_alpha(src[at + i + 3]);
@@ -69,7 +66,8 @@ bool copy_testing_alpha::run(unsigned char const* src, unsigned char* dst, int c
     }
 
     auto i = vectors<p>(bytes, how, [&]<class V, bool streaming>(std::ptrdiff_t n) {
-        prefetch<p, 16 * V::lanes>(src + n, how.ahead);
+        if constexpr (streaming)
+            prefetch<p, 16 * V::lanes>(src + n, how.ahead);
         auto const pixels = V::template load<src_aligned>(src + n);
         pixels.template store<dst_aligned, streaming>(dst + n);
         alphas.add(pixels);

@@ -13,8 +13,6 @@ void narrow_p216::run(unsigned short const* y, unsigned short const* uv, unsigne
     auto const* const uv_bytes = reinterpret_cast<unsigned char const*>(uv);
 
     auto i = blocks<p, 8>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        prefetch<p, 16 * V::lanes>(y_bytes + at * 2, how.ahead);
-        prefetch<p, 16 * V::lanes>(uv_bytes + at * 2, how.ahead);
         auto const luma = V::template load<src_aligned>(y_bytes + at * 2) & V::repeat(high_byte);
         auto const chroma = shift_right_u16(V::template load<src_aligned>(uv_bytes + at * 2), by<8>);
         (luma | chroma).template store<dst_aligned, streaming>(dst + at * 2);

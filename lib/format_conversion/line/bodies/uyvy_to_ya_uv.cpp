@@ -54,9 +54,10 @@ QUILLO_INLINE inline void join(unsigned char const* src, Alphas alphas, unsigned
     static constexpr lane<unsigned short> low_byte{255};
 
     auto i = blocks<p, 16>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        prefetch<p, 32 * V::lanes>(src + at * 2, how.ahead);
+        std::ptrdiff_t const ahead = streaming ? how.ahead : 0;
+        prefetch<p, 32 * V::lanes>(src + at * 2, ahead);
         auto const [first, second] = V::template load_pairs<src_aligned>(src + at * 2);
-        auto const [first_a, second_a] = alphas.template words<V>(at, how.ahead);
+        auto const [first_a, second_a] = alphas.template words<V>(at, ahead);
         V::template store_pairs<dst_aligned, streaming>(ya + at * 2, shift_right_u16(first, by<8>) | first_a,
                                                         shift_right_u16(second, by<8>) | second_a);
         pack_u8(first & V::repeat(low_byte), second & V::repeat(low_byte))
