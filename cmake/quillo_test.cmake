@@ -1,18 +1,43 @@
 # quillo_test(NAME area_name SOURCES ... LIBRARIES ... [LABELS ...]): one GoogleTest program, its cases known to CTest.
+# Labels with a meaning: threads, memory: run under the thread sanitizer, under the address sanitizer, by ./check too;
+# timed: measures times, so that nothing else runs beside it.
 include(GoogleTest)
 find_package(GTest REQUIRED)
 
-# All programs labelled threads: what is built for the thread sanitizer.
-add_custom_target(thread_tests)
-add_dependencies(thread_tests transmit_module)
+# What ./check builds for each of the sanitizers.
+foreach(label threads memory)
+  add_custom_target(check_${label})
+  add_dependencies(check_${label} transmit_module)
+endforeach()
+
+# Shared by all test programs.
+if(QUILLO_PRECOMPILE)
+  file(CONFIGURE OUTPUT test_headers.cpp CONTENT "int main() {}\n")
+  add_executable(test_headers EXCLUDE_FROM_ALL ${CMAKE_CURRENT_BINARY_DIR}/test_headers.cpp)
+  target_link_libraries(test_headers PRIVATE GTest::gmock GTest::gtest)
+  # GStreamer's users are compiled so, and precompiled headers serve only who is compiled alike.
+  target_compile_options(test_headers PRIVATE -pthread)
+  quillo_precompile(test_headers ${QUILLO_STANDARD_HEADERS} filesystem iostream regex gtest/gtest.h gmock/gmock.h)
+endif()
 
 function(quillo_test)
   cmake_parse_arguments(arg "" "NAME" "SOURCES;LIBRARIES;LABELS" ${ARGN})
   add_executable(${arg_NAME} ${arg_SOURCES})
   target_link_libraries(${arg_NAME} PRIVATE ${arg_LIBRARIES} GTest::gmock GTest::gtest GTest::gtest_main)
-  gtest_discover_tests(${arg_NAME} TEST_PREFIX "${arg_NAME}." DISCOVERY_TIMEOUT 60
-    PROPERTIES TIMEOUT 240 LABELS "${arg_LABELS}")
-  if("threads" IN_LIST arg_LABELS)
-    add_dependencies(thread_tests ${arg_NAME})
+  if(TARGET test_headers)
+    target_precompile_headers(${arg_NAME} REUSE_FROM test_headers)
+    target_compile_options(${arg_NAME} PRIVATE -pthread)
   endif()
+  set(properties TIMEOUT 240)
+  if("timed" IN_LIST arg_LABELS)
+    list(APPEND properties RUN_SERIAL TRUE)
+  endif()
+  list(JOIN arg_LABELS " " labels) # it takes one; ctest -L looks for parts of it
+  gtest_discover_tests(${arg_NAME} TEST_PREFIX "${arg_NAME}." DISCOVERY_TIMEOUT 60
+    PROPERTIES ${properties} LABELS "${labels}")
+  foreach(label IN LISTS arg_LABELS)
+    if(TARGET check_${label})
+      add_dependencies(check_${label} ${arg_NAME})
+    endif()
+  endforeach()
 endfunction()

@@ -476,7 +476,7 @@ TEST(ReadFile, AReadErrorIsTwo)
 {
     temporary_file file;
     file.fill(std::string(602 + 99, 'x'));
-    std::vector<char> frame(96);
+    std::vector<char> frame(100);
     EXPECT_EQ(ReadSDK_File(file.ref(), 96, 0, frame.data()), 0);
     EXPECT_EQ(ReadSDK_File(file.ref(), 96, 1, frame.data()), 2);  // behind the end
     EXPECT_EQ(ReadSDK_File(file.ref(), 100, 0, frame.data()), 2); // cut short

@@ -57,7 +57,8 @@ TEST(Scaling, NothingForAnEmptySide)
 
 TEST(Scaling, LargestSizesDoNotOverflow)
 {
-    SDK_FrameBuffer const src{nullptr, 0, 0x7FFFFFFF, 0x7FFFFFFF};
+    char* const somewhere = reinterpret_cast<char*>(4096); // never read
+    SDK_FrameBuffer const src{somewhere, 0, 0x7FFFFFFF, 0x7FFFFFFF};
     char const* const last = GetSrcPix(src, 1, 0x7FFFFFFF, 0x7FFFFFFF, 0x7FFFFFFE, 0x7FFFFFFE);
     EXPECT_EQ(last - src.pixels, 0x7FFFFFFE);
 }
