@@ -97,15 +97,17 @@ class directory : public channel_directory
 
 folder_lock::folder_lock(std::string folder) : folder_(std::move(folder)), lock_(lock_folder(folder_)) {}
 
-channel_server::channel_server(folder_lock const& lock, publisher& owner)
-    : path_(open::socket_path(lock.folder())), owner_(owner), socket_(listen_at(path_)),
+channel_server::channel_server(folder_lock const& lock, publisher& owner, open::descriptor listening)
+    : path_(listening ? std::string{} : open::socket_path(lock.folder())), owner_(owner),
+      socket_(listening ? std::move(listening) : listen_at(path_)),
       last_source_(clock::now().time_since_epoch().count()), thread_([this] { accept_all(); })
 {
 }
 
 channel_server::~channel_server()
 {
-    ::unlink(path_.c_str());
+    if (!path_.empty())
+        ::unlink(path_.c_str());
     stopping_ = true;
     waker_.wake();
     thread_.join();

@@ -41,8 +41,9 @@ class channel_server
     static constexpr std::chrono::seconds silence_allowed{5}; // before a connection says what it is
     static constexpr std::chrono::milliseconds tick_interval{20};
 
-    // Throws std::runtime_error when the socket cannot be made.
-    channel_server(folder_lock const& lock, publisher& owner);
+    // Listens at a socket of its own in the folder, or at one that listens already and belongs to somebody else. Throws
+    // std::runtime_error when the socket cannot be made.
+    channel_server(folder_lock const& lock, publisher& owner, open::descriptor listening = {});
     channel_server(channel_server const&) = delete;
     channel_server& operator=(channel_server const&) = delete;
     ~channel_server(); // ends all connections, and with them their sources
@@ -64,7 +65,7 @@ class channel_server
     void reap(bool all);
     void serve(connection& self, open::descriptor connected);
 
-    std::string const path_;
+    std::string const path_; // empty: not ours to take away
     publisher& owner_;
     open::descriptor socket_;
     open::waker waker_;

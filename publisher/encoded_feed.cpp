@@ -29,9 +29,15 @@ bool encoded_feed::has_viewers() const
 void encoded_feed::request_key_frame()
 {
     std::lock_guard const lock{pipelines_mutex_};
-    if (video_)
-        gst_element_send_event(video_->out(),
-                               gst_video_event_new_upstream_force_key_unit(GST_CLOCK_TIME_NONE, TRUE, 0));
+    force_key_frame();
+}
+
+void encoded_feed::force_key_frame()
+{
+    if (!video_)
+        return;
+    gst_element_send_event(video_->out(), gst_video_event_new_upstream_force_key_unit(GST_CLOCK_TIME_NONE, TRUE, 0));
+    last_forced_ = std::chrono::steady_clock::now();
 }
 
 void encoded_feed::format(picture_format const& pictures, sound_format const& sound)
@@ -59,7 +65,12 @@ void encoded_feed::format(picture_format const& pictures, sound_format const& so
 void encoded_feed::picture(GstBuffer* fill)
 {
     std::lock_guard const lock{pipelines_mutex_};
-    if (video_ && !video_->push(fill))
+    if (!video_)
+        return;
+    // By the clock: encoders count pictures, of which a resting host has few.
+    if (std::chrono::steady_clock::now() - last_forced_ >= key_frame_interval)
+        force_key_frame();
+    if (video_->push(fill) == pushed::in_place_of_another)
         ++dropped_;
 }
 

@@ -6,6 +6,7 @@
 #include "publisher/pipeline.h"
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -31,6 +32,8 @@ class encoded_feed : public listener
     void remove(encoded_viewer& viewer); // not called any more once this has returned
     bool has_viewers() const;
 
+    static constexpr std::chrono::seconds key_frame_interval{1};
+
     // The next picture becomes a key frame.
     void request_key_frame();
 
@@ -44,6 +47,7 @@ class encoded_feed : public listener
 
   private:
     void distribute_unit(GstSample* unit, picture_format const& pictures);
+    void force_key_frame();
     void distribute_packet(GstSample* packet);
 
     encoder_choice const choice_;
@@ -55,6 +59,7 @@ class encoded_feed : public listener
     mutable std::mutex pipelines_mutex_; // never taken by the pipelines' threads
     std::optional<picture_format> pictures_;
     std::optional<sound_format> sound_;
+    std::chrono::steady_clock::time_point last_forced_;
     std::unique_ptr<pipeline> video_;
     std::unique_ptr<pipeline> audio_;
 };

@@ -49,7 +49,8 @@ std::string settings(std::string const& element, int bits, int key_interval)
     if (element == "openh264enc")
         text << "usage-type=camera complexity=low rate-control=bitrate bitrate=" << bits << " max-bitrate=" << bits * 2
              << " gop-size=" << key_interval << " enable-frame-skip=false scene-change-detection=false"
-             << " background-detection=false adaptive-quantization=false multi-thread=2 slice-mode=n-slices "
+             << " background-detection=false adaptive-quantization=false deblocking=off multi-thread=2 "
+                "slice-mode=n-slices "
                 "num-slices=2";
     else if (element == "x264enc")
         text << "tune=zerolatency speed-preset=ultrafast bframes=0 bitrate=" << kbits << " key-int-max=" << key_interval

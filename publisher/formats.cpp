@@ -89,6 +89,11 @@ bool is_no_picture(protocol::video_format_body const& body)
     return body.width == 8 && body.height == 8 && body.fourcc == SenderFourCC_BGRX;
 }
 
+bool has_alpha(protocol::video_format_body const& body)
+{
+    return body.fourcc == SenderFourCC_UYVA || body.fourcc == SenderFourCC_BGRA;
+}
+
 std::uint64_t slot_bytes(protocol::video_format_body const& body)
 {
     std::uint64_t const pixels = static_cast<std::uint64_t>(body.width) * static_cast<std::uint64_t>(body.height);
@@ -115,8 +120,10 @@ std::string fourcc_text(std::uint32_t fourcc)
 std::string text(picture_format const& format)
 {
     return std::to_string(format.width) + "x" + std::to_string(format.height) + (format.woven ? " woven" : "") +
-           (format.layout == fill::bgr ? " BGR " : " UYVY ") + std::to_string(format.rate.n) + "/" +
-           std::to_string(format.rate.d);
+           (format.layout == fill::uyvy  ? " UYVY "
+            : format.layout == fill::bgr ? " BGR "
+                                         : " BGRA ") +
+           std::to_string(format.rate.n) + "/" + std::to_string(format.rate.d);
 }
 
 } // namespace quillo::publisher

@@ -16,8 +16,9 @@ struct rational
     bool operator==(rational const&) const = default;
 };
 
-// The fill of a picture, as it is kept and sent raw. "UYVA" is uyvy with a key, "BGRX" and "BGRA" are bgr.
-enum class fill { uyvy, bgr };
+// The fill of a picture, as it is kept and sent raw. "UYVA" is uyvy with a key, "BGRX" and "BGRA" are bgr. No source
+// has bgra: it is fill and alpha in one, made for those who want them so.
+enum class fill { uyvy, bgr, bgra };
 
 struct picture_format
 {
@@ -43,6 +44,8 @@ std::optional<sound_format> checked(protocol::audio_format_body const& body);
 
 // The 8 by 8 "BGRX" frame with which a host says that it has no picture to show.
 bool is_no_picture(protocol::video_format_body const& body);
+
+bool has_alpha(protocol::video_format_body const& body);
 
 // Bytes of a picture in a slot: its rows without gaps, and the alpha plane where there is one.
 std::uint64_t slot_bytes(protocol::video_format_body const& body);

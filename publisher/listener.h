@@ -30,6 +30,10 @@ class listener
     // A picture of the announced shape; its time stamp is on the common clock. Not to be changed.
     virtual void picture(GstBuffer* fill) = 0;
 
+    // The same with its alpha, straight and of the same size, as alpha_info has it; null where everything is opaque.
+    // This is what is called; whoever has no use for alpha leaves it at picture().
+    virtual void keyed_picture(GstBuffer* fill, GstBuffer* /*alpha*/) { picture(fill); }
+
     virtual void sound(placed_sound const& block) = 0;
 
     // The sender has gone; nothing comes any more.

@@ -18,4 +18,10 @@ struct sent_picture
 // written.
 void copy_fill(sent_picture const& picture, picture_format const& format, unsigned char* dst, std::size_t dst_stride);
 
+// Likewise the alpha of a picture that has some, one byte a pixel.
+void copy_alpha(sent_picture const& picture, picture_format const& format, unsigned char* dst, std::size_t dst_stride);
+
+// Puts alpha behind the bytes of "BGR" pixels.
+void join_alpha(unsigned char const* bgr, unsigned char const* alpha, unsigned char* bgra, std::size_t pixels);
+
 } // namespace quillo::publisher

@@ -10,10 +10,34 @@ namespace {
 
 constexpr unsigned char black_uyvy[4] = {128, 16, 128, 16};
 
-void copy_into(mapped_frame& frame, sent_picture const& sent, picture_format const& shape)
+using copier = void (*)(sent_picture const&, picture_format const&, unsigned char*, std::size_t);
+
+bool copy_into(GstBuffer* buffer, GstVideoInfo const& info, sent_picture const& sent, picture_format const& shape,
+               copier copy)
 {
-    copy_fill(sent, shape, static_cast<unsigned char*>(GST_VIDEO_FRAME_PLANE_DATA(frame.get(), 0)),
-              static_cast<std::size_t>(GST_VIDEO_FRAME_PLANE_STRIDE(frame.get(), 0)));
+    mapped_frame frame{info, buffer, GST_MAP_WRITE};
+    if (!frame)
+        return false;
+    plane const to = plane_of(frame);
+    copy(sent, shape, to.data, static_cast<std::size_t>(to.stride));
+    return true;
+}
+
+// A single frame of another shape does not change what was announced.
+bool convert_into(GstBuffer* buffer, GstVideoInfo const& info, sent_picture const& sent, picture_format const& shape,
+                  GstVideoInfo const& odd_info, copier copy)
+{
+    auto const odd = adopt<buffer_ptr>(gst_buffer_new_allocate(nullptr, GST_VIDEO_INFO_SIZE(&odd_info), nullptr));
+    video_converter_ptr const converter{
+        gst_video_converter_new(const_cast<GstVideoInfo*>(&odd_info), const_cast<GstVideoInfo*>(&info), nullptr)};
+    if (!odd || !converter || !copy_into(odd.get(), odd_info, sent, shape, copy))
+        return false;
+    mapped_frame from{odd_info, odd.get(), GST_MAP_READ};
+    mapped_frame to{info, buffer, GST_MAP_WRITE};
+    if (!from || !to)
+        return false;
+    gst_video_converter_frame(converter.get(), from.get(), to.get());
+    return true;
 }
 
 } // namespace
@@ -22,73 +46,55 @@ void picture_store::set_format(picture_format const& format)
 {
     if (has_format_ && format == format_)
         return;
-    clear();
     format_ = format;
-    info_ = picture_info(format);
+    fills_.set_info(picture_info(format));
+    alphas_.set_info(alpha_info(format));
     has_format_ = true;
 }
 
 void picture_store::clear()
 {
-    if (pool_)
-        gst_buffer_pool_set_active(pool_.get(), FALSE);
-    pool_.reset();
-}
-
-buffer_ptr picture_store::blank()
-{
-    if (!pool_) {
-        pool_ = adopt<pool_ptr>(gst_buffer_pool_new());
-        GstStructure* const config = gst_buffer_pool_get_config(pool_.get());
-        gst_buffer_pool_config_set_params(config, picture_caps(format_).get(),
-                                          static_cast<guint>(GST_VIDEO_INFO_SIZE(&info_)), 0, 0);
-        if (!gst_buffer_pool_set_config(pool_.get(), config) || !gst_buffer_pool_set_active(pool_.get(), TRUE))
-            return nullptr;
-    }
-    GstBuffer* buffer = nullptr;
-    if (gst_buffer_pool_acquire_buffer(pool_.get(), &buffer, nullptr) != GST_FLOW_OK)
-        return nullptr;
-    return adopt<buffer_ptr>(buffer);
+    fills_.clear();
+    alphas_.clear();
 }
 
 buffer_ptr picture_store::take(sent_picture const& sent, picture_format const& shape)
 {
-    auto buffer = blank();
+    auto buffer = fills_.blank();
     if (!buffer)
         return nullptr;
-    mapped_frame to{info_, buffer.get(), GST_MAP_WRITE};
-    if (!to)
-        return nullptr;
-    if (shape.width == format_.width && shape.height == format_.height && shape.layout == format_.layout) {
-        copy_into(to, sent, shape);
-        return buffer;
-    }
+    bool const as_announced =
+        shape.width == format_.width && shape.height == format_.height && shape.layout == format_.layout;
+    bool const good = as_announced
+                          ? copy_into(buffer.get(), fills_.info(), sent, shape, copy_fill)
+                          : convert_into(buffer.get(), fills_.info(), sent, shape, picture_info(shape), copy_fill);
+    return good ? std::move(buffer) : nullptr;
+}
 
-    // A single frame of another shape does not change what was announced.
-    GstVideoInfo const odd_info = picture_info(shape);
-    auto const odd = adopt<buffer_ptr>(gst_buffer_new_allocate(nullptr, GST_VIDEO_INFO_SIZE(&odd_info), nullptr));
-    video_converter_ptr const converter{gst_video_converter_new(const_cast<GstVideoInfo*>(&odd_info), &info_, nullptr)};
-    if (!odd || !converter)
+buffer_ptr picture_store::take_alpha(sent_picture const& sent, picture_format const& shape)
+{
+    if (!has_alpha(sent.format))
         return nullptr;
-    {
-        mapped_frame in{odd_info, odd.get(), GST_MAP_WRITE};
-        copy_into(in, sent, shape);
-    }
-    mapped_frame in{odd_info, odd.get(), GST_MAP_READ};
-    gst_video_converter_frame(converter.get(), in.get(), to.get());
-    return buffer;
+    auto buffer = alphas_.blank();
+    if (!buffer)
+        return nullptr;
+    bool const as_announced = shape.width == format_.width && shape.height == format_.height;
+    bool const good = as_announced
+                          ? copy_into(buffer.get(), alphas_.info(), sent, shape, copy_alpha)
+                          : convert_into(buffer.get(), alphas_.info(), sent, shape, alpha_info(shape), copy_alpha);
+    return good ? std::move(buffer) : nullptr;
 }
 
 buffer_ptr picture_store::black()
 {
-    auto buffer = blank();
+    auto buffer = fills_.blank();
     if (!buffer)
         return nullptr;
-    mapped_frame const to{info_, buffer.get(), GST_MAP_WRITE};
+    mapped_frame to{fills_.info(), buffer.get(), GST_MAP_WRITE};
     if (!to)
         return nullptr;
-    auto* const data = static_cast<unsigned char*>(GST_VIDEO_FRAME_PLANE_DATA(const_cast<mapped_frame&>(to).get(), 0));
-    std::size_t const size = GST_VIDEO_INFO_SIZE(&info_);
+    unsigned char* const data = plane_of(to).data;
+    std::size_t const size = GST_VIDEO_INFO_SIZE(&fills_.info());
     if (format_.layout == fill::bgr)
         std::memset(data, 0, size);
     else

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "publisher/formats.h"
+#include "publisher/frame_pool.h"
 #include "publisher/gst_ptr.h"
 #include "publisher/picture_copy.h"
 
@@ -10,11 +11,6 @@ namespace quillo::publisher {
 class picture_store
 {
   public:
-    picture_store() = default;
-    picture_store(picture_store const&) = delete;
-    picture_store& operator=(picture_store const&) = delete;
-    ~picture_store() { clear(); }
-
     // The shape of the pictures from here on. Buffers of the shape before stay good.
     void set_format(picture_format const& format);
 
@@ -22,16 +18,18 @@ class picture_store
     buffer_ptr take(sent_picture const& sent, picture_format const& shape);
     buffer_ptr black();
 
-    // Gives the pool's memory back.
+    // The alpha of a picture, straight, of the set format's size, as alpha_info has it. Null where the sender's format
+    // has none, or when there is no memory.
+    buffer_ptr take_alpha(sent_picture const& sent, picture_format const& shape);
+
+    // Gives the pools' memory back.
     void clear();
 
   private:
-    buffer_ptr blank();
-
     picture_format format_;
-    GstVideoInfo info_{};
     bool has_format_ = false;
-    pool_ptr pool_;
+    frame_pool fills_;
+    frame_pool alphas_;
 };
 
 // The same memory with a time stamp of its own.

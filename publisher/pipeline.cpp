@@ -54,15 +54,21 @@ GstFlowReturn pipeline::new_sample(GstElement* sink, gpointer self)
     return GST_FLOW_OK;
 }
 
-bool pipeline::push(GstBuffer* buffer) { return push_buffer(in_.get(), buffer); }
+pushed pipeline::push(GstBuffer* buffer) { return push_buffer(in_.get(), buffer); }
 
-bool push_buffer(GstElement* appsrc, GstBuffer* buffer)
+bool is_full(GstElement* appsrc)
 {
     GstAppSrc* const src = GST_APP_SRC(appsrc);
     guint64 const limit = gst_app_src_get_max_buffers(src);
-    bool const room = limit == 0 || gst_app_src_get_current_level_buffers(src) < limit;
-    gst_app_src_push_buffer(src, retain(buffer).release());
-    return room;
+    return limit != 0 && gst_app_src_get_current_level_buffers(src) >= limit;
+}
+
+pushed push_buffer(GstElement* appsrc, GstBuffer* buffer)
+{
+    bool const room = !is_full(appsrc);
+    if (gst_app_src_push_buffer(GST_APP_SRC(appsrc), retain(buffer).release()) != GST_FLOW_OK)
+        return pushed::refused;
+    return room ? pushed::queued : pushed::in_place_of_another;
 }
 
 } // namespace quillo::publisher

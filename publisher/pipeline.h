@@ -12,6 +12,17 @@ namespace quillo::publisher {
 // Makes the common clock (CLOCK_MONOTONIC) the running time of a pipeline, so that time stamps mean the same in all.
 void run_on_common_clock(GstElement* pipeline);
 
+enum class pushed {
+    queued,
+    in_place_of_another, // the queue was full, and its oldest buffer had to go
+    refused              // the appsrc is about to start or to end
+};
+
+bool is_full(GstElement* appsrc);
+
+// Pushes into a leaky appsrc, without waiting.
+pushed push_buffer(GstElement* appsrc, GstBuffer* buffer);
+
 class pipeline
 {
   public:
@@ -22,8 +33,7 @@ class pipeline
     pipeline& operator=(pipeline const&) = delete;
     ~pipeline(); // taken is not called any more
 
-    // False when "in" was full, and its oldest buffer had to go.
-    bool push(GstBuffer* buffer);
+    pushed push(GstBuffer* buffer);
 
     GstElement* get() const { return pipeline_.get(); }
     GstElement* in() const { return in_.get(); }
@@ -40,8 +50,5 @@ class pipeline
     element_ptr out_;
     std::function<void(GstSample*)> taken_;
 };
-
-// Pushes without waiting. False when the queue of a leaky appsrc was full, and its oldest buffer had to go.
-bool push_buffer(GstElement* appsrc, GstBuffer* buffer);
 
 } // namespace quillo::publisher

@@ -15,25 +15,27 @@ namespace quillo::publisher {
 namespace {
 
 constexpr std::size_t max_agent = 120;
+constexpr std::size_t max_paths = 256;
 constexpr std::chrono::milliseconds goodbye_time{100};
 
 struct tcp_state
 {
     std::uint64_t acknowledged;
     bool data_waits;
+    std::chrono::microseconds busy;
+    std::chrono::microseconds waits_for_reader;
 };
 
-std::optional<tcp_state> tcp_state_of(GstRTSPClient* client)
+std::optional<tcp_state> tcp_state_of(GSocket* socket)
 {
-    GstRTSPConnection* const connection = gst_rtsp_client_get_connection(client);
-    GSocket* const socket = connection ? gst_rtsp_connection_get_write_socket(connection) : nullptr;
-    if (!socket)
+    if (!socket || g_socket_is_closed(socket))
         return std::nullopt;
     tcp_info info{};
     socklen_t size = sizeof info;
     if (::getsockopt(g_socket_get_fd(socket), IPPROTO_TCP, TCP_INFO, &info, &size) != 0)
         return std::nullopt;
-    return tcp_state{info.tcpi_bytes_acked, info.tcpi_notsent_bytes > 0 || info.tcpi_unacked > 0};
+    return tcp_state{info.tcpi_bytes_acked, info.tcpi_notsent_bytes > 0 || info.tcpi_unacked > 0,
+                     std::chrono::microseconds{info.tcpi_busy_time}, std::chrono::microseconds{info.tcpi_rwnd_limited}};
 }
 
 std::shared_ptr<GWeakRef> weak_reference(GstRTSPClient* client)
@@ -57,11 +59,20 @@ void receiver::identify(GstRTSPContext const& request)
     if (request.client && handling) {
         client_ = weak_reference(request.client);
         context_ = {g_main_context_ref(g_source_get_context(handling)), g_main_context_unref};
+        if (GSocket* const socket = gst_rtsp_connection_get_write_socket(request.conn))
+            socket_ = retain_object(socket);
     }
     gchar* agent = nullptr;
     if (request.request &&
         gst_rtsp_message_get_header(request.request, GST_RTSP_HDR_USER_AGENT, &agent, 0) == GST_RTSP_OK)
         agent_ = clean_name(agent, max_agent);
+}
+
+void receiver::identify(std::string address, std::string const& agent)
+{
+    std::lock_guard const lock{mutex_};
+    address_ = std::move(address);
+    agent_ = clean_name(agent, max_agent);
 }
 
 void receiver::set_transport(std::string transport)
@@ -113,22 +124,31 @@ void receiver::on_its_thread(std::chrono::milliseconds from_now, std::function<v
 
 void receiver::end() const
 {
-    on_its_thread(goodbye_time, [self = shared_from_this()](GstRTSPClient* client) {
-        log::info(self->path(), ' ', self->mount(), ": ", self->address(), " is ended");
+    on_its_thread(goodbye_time, [weak = weak_from_this()](GstRTSPClient* client) {
+        if (auto const self = weak.lock())
+            log::info(self->path(), ' ', self->mount(), ": ", self->address(), " is ended");
         gst_rtsp_client_close(client);
     });
 }
 
 void receiver::end_if_dead(steady::duration limit)
 {
-    on_its_thread({},
-                  [self = shared_from_this(), limit](GstRTSPClient* client) { self->check_progress(client, limit); });
+    // A call may wait for ever, when the thread is gone already: it must not hold what it is about.
+    on_its_thread({}, [weak = weak_from_this(), limit](GstRTSPClient* client) {
+        if (auto const self = weak.lock())
+            self->check_progress(client, limit);
+    });
 }
 
 void receiver::check_progress(GstRTSPClient* client, steady::duration limit)
 {
-    auto const state = tcp_state_of(client);
+    auto const state = tcp_state_of(socket_.get());
     auto const now = steady::now();
+    if (state && transport() == "TCP")
+        if (auto const why = slowness_.look(
+                {now, frames_sent, frames_dropped, state->acknowledged, state->busy, state->waits_for_reader},
+                mount() == "default"))
+            log::warning(path(), ' ', mount(), ": ", address(), " (", agent(), ") ", *why);
     if (!state || !state->data_waits || state->acknowledged != acknowledged_) {
         acknowledged_ = state ? state->acknowledged : 0;
         last_progress_ = now;
@@ -140,17 +160,27 @@ void receiver::check_progress(GstRTSPClient* client, steady::duration limit)
     }
 }
 
+std::size_t receivers::count(std::string const& source_path, std::string const& mount) const
+{
+    return static_cast<std::size_t>(std::count_if(receivers_.begin(), receivers_.end(), [&](auto const& who) {
+        return who->path() == source_path && who->mount() == mount;
+    }));
+}
+
+bool receivers::full(std::string const& source_path, std::string const& mount, std::size_t limit) const
+{
+    std::lock_guard const lock{mutex_};
+    if (count(source_path, mount) < limit)
+        return false;
+    log::warning(source_path, ' ', mount, ": a viewer is refused, ", limit, " are there already");
+    return true;
+}
+
 receiver_ptr receivers::admit(std::string const& source_path, std::string const& mount, std::size_t limit)
 {
     std::lock_guard const lock{mutex_};
-    auto const there =
-        static_cast<std::size_t>(std::count_if(receivers_.begin(), receivers_.end(), [&](auto const& who) {
-            return who->path() == source_path && who->mount() == mount;
-        }));
-    if (there >= limit) {
-        log::warning(source_path, ' ', mount, ": refused a viewer, ", there, " are there already");
+    if (count(source_path, mount) >= limit)
         return nullptr;
-    }
     receivers_.push_back(std::make_shared<receiver>(source_path, mount));
     return receivers_.back();
 }
@@ -158,7 +188,14 @@ receiver_ptr receivers::admit(std::string const& source_path, std::string const&
 void receivers::dismiss(receiver_ptr const& who)
 {
     std::lock_guard const lock{mutex_};
-    std::erase(receivers_, who);
+    if (std::erase(receivers_, who) > 0) {
+        // Names of sources that are long forgotten do not add up.
+        if (gone_.size() >= max_paths && !gone_.contains(who->path()))
+            gone_.clear();
+        auto& gone = gone_[who->path()];
+        gone.frames_sent += who->frames_sent;
+        gone.frames_dropped += who->frames_dropped;
+    }
     dismissed_.notify_all();
 }
 
@@ -166,6 +203,19 @@ bool receivers::wait_until_empty(std::chrono::milliseconds limit) const
 {
     std::unique_lock lock{mutex_};
     return dismissed_.wait_for(lock, limit, [&] { return receivers_.empty(); });
+}
+
+receivers::totals receivers::totals_of(std::string const& source_path) const
+{
+    std::lock_guard const lock{mutex_};
+    auto const before = gone_.find(source_path);
+    totals all = before == gone_.end() ? totals{} : before->second;
+    for (auto const& who : receivers_)
+        if (who->path() == source_path) {
+            all.frames_sent += who->frames_sent;
+            all.frames_dropped += who->frames_dropped;
+        }
+    return all;
 }
 
 std::vector<receiver_ptr> receivers::all() const

@@ -2,11 +2,14 @@
 #pragma once
 
 #include "publisher/gst_ptr.h"
+#include "publisher/slow_receiver.h"
+#include "publisher/viewer_limits.h"
 
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -28,6 +31,7 @@ class receiver : public std::enable_shared_from_this<receiver>
 
     // Who it is, from the request being handled on this thread.
     void identify(GstRTSPContext const& request);
+    void identify(std::string address, std::string const& agent);
     void set_transport(std::string transport);
 
     std::string address() const;
@@ -59,9 +63,11 @@ class receiver : public std::enable_shared_from_this<receiver>
     std::string transport_;
     std::shared_ptr<GWeakRef> client_;
     std::shared_ptr<GMainContext> context_; // of the connection's thread
+    object_ptr<GSocket> socket_;
 
     std::uint64_t acknowledged_ = 0; // bytes; the connection's thread only, as the next
     steady::time_point last_progress_ = steady::now();
+    slow_receiver slowness_;
 };
 
 using receiver_ptr = std::shared_ptr<receiver>;
@@ -70,22 +76,43 @@ using receiver_ptr = std::shared_ptr<receiver>;
 class receivers
 {
   public:
-    static constexpr std::size_t max_raw = 16;
-    static constexpr std::size_t max_encoded = 64;
+    explicit receivers(viewer_limits const& limits = {}) : raw_limit_(limits.raw), encoded_limit_(limits.encoded) {}
+
+    // For those who come from now on.
+    void set_limits(viewer_limits const& limits)
+    {
+        raw_limit_ = limits.raw;
+        encoded_limit_ = limits.encoded;
+    }
+    viewer_limits limits() const { return {raw_limit_, encoded_limit_}; }
 
     // Null when that many are there already.
     receiver_ptr admit(std::string const& source_path, std::string const& mount, std::size_t limit);
+    bool full(std::string const& source_path, std::string const& mount, std::size_t limit) const;
     void dismiss(receiver_ptr const& who);
 
     std::vector<receiver_ptr> all() const;
+
+    // Of all viewers that a source ever had.
+    struct totals
+    {
+        std::uint64_t frames_sent = 0;
+        std::uint64_t frames_dropped = 0;
+    };
+    totals totals_of(std::string const& source_path) const;
 
     // Until nobody is left. False when that takes too long.
     bool wait_until_empty(std::chrono::milliseconds limit) const;
 
   private:
+    std::size_t count(std::string const& source_path, std::string const& mount) const; // with the lock
+
+    std::atomic<std::size_t> raw_limit_;
+    std::atomic<std::size_t> encoded_limit_;
     mutable std::mutex mutex_;
     mutable std::condition_variable dismissed_;
     std::vector<receiver_ptr> receivers_;
+    std::map<std::string, totals> gone_; // by path
 };
 
 } // namespace quillo::publisher

@@ -1,55 +1,33 @@
 #include "publisher/rtsp_server.h"
 
 #include "publisher/log.h"
+#include "publisher/mount_points.h"
+
+#include <malloc.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 
 #include <algorithm>
+#include <iterator>
+#include <mutex>
 #include <stdexcept>
+#include <utility>
+#include <vector>
 
 namespace quillo::publisher {
 
 namespace {
 
-constexpr int client_threads = 4;
+constexpr int client_threads = 16; // one that waits for an encoder holds up those on its thread
 constexpr int backlog = 16;
+constexpr std::chrono::milliseconds after_closing{500};
 
-// Not for the whole world: this machine, the private networks, and links without a router.
-bool is_near(GInetAddress* address)
-{
-    if (g_inet_address_get_is_loopback(address) || g_inet_address_get_is_link_local(address) ||
-        g_inet_address_get_is_site_local(address))
-        return true;
-    guint8 const* const bytes = g_inet_address_to_bytes(address);
-    if (g_inet_address_get_family(address) == G_SOCKET_FAMILY_IPV4)
-        return false;
-    if ((bytes[0] & 0xFE) == 0xFC) // unique local
-        return true;
-    static constexpr guint8 mapped[12] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xFF, 0xFF};
-    if (!std::equal(std::begin(mapped), std::end(mapped), bytes))
-        return false;
-    auto const v4 = adopt<object_ptr<GInetAddress>>(g_inet_address_new_from_bytes(bytes + 12, G_SOCKET_FAMILY_IPV4));
-    return is_near(v4.get());
-}
-
-std::string text(GSocketAddress* address)
-{
-    if (!address || !G_IS_INET_SOCKET_ADDRESS(address))
-        return {};
-    return string_ptr{g_inet_address_to_string(g_inet_socket_address_get_address(G_INET_SOCKET_ADDRESS(address)))}
-        .get();
-}
-
-bool comes_from_near(GstRTSPClient* client)
+// The last packets of a picture do not wait for the acknowledgement of those before, which may take 40 ms.
+void send_at_once(GstRTSPClient* client)
 {
     GstRTSPConnection* const connection = gst_rtsp_client_get_connection(client);
-    GSocket* const socket = connection ? gst_rtsp_connection_get_read_socket(connection) : nullptr;
-    if (!socket)
-        return false;
-    auto const remote = adopt<object_ptr<GSocketAddress>>(g_socket_get_remote_address(socket, nullptr));
-    auto const local = adopt<object_ptr<GSocketAddress>>(g_socket_get_local_address(socket, nullptr));
-    if (!remote || !G_IS_INET_SOCKET_ADDRESS(remote.get()))
-        return false;
-    return is_near(g_inet_socket_address_get_address(G_INET_SOCKET_ADDRESS(remote.get()))) ||
-           text(remote.get()) == text(local.get()); // this machine by its public address
+    if (GSocket* const socket = connection ? gst_rtsp_connection_get_write_socket(connection) : nullptr)
+        g_socket_set_option(socket, IPPROTO_TCP, TCP_NODELAY, 1, nullptr);
 }
 
 void on_play(GstRTSPClient*, GstRTSPContext* request, gpointer)
@@ -67,28 +45,85 @@ void on_play(GstRTSPClient*, GstRTSPContext* request, gpointer)
     who->play();
 }
 
-GstRTSPStatusCode refuse_strangers(GstRTSPClient* client, GstRTSPContext*, gpointer)
+GstRTSPStatusCode refuse_when_full(GstRTSPClient* client, GstRTSPContext* request, gpointer)
 {
-    return comes_from_near(client) ? GST_RTSP_STS_OK : GST_RTSP_STS_FORBIDDEN;
-}
-
-void on_client(GstRTSPServer*, GstRTSPClient* client, gpointer)
-{
-    for (char const* const request : {"pre-options-request", "pre-describe-request", "pre-setup-request"})
-        g_signal_connect(client, request, G_CALLBACK(refuse_strangers), nullptr);
-    g_signal_connect(client, "play-request", G_CALLBACK(on_play), nullptr);
+    if (!request->uri)
+        return GST_RTSP_STS_OK;
+    auto const points = adopt<object_ptr<GstRTSPMountPoints>>(gst_rtsp_client_get_mount_points(client));
+    auto const factory = find_mount(points.get(), request->uri);
+    mount const* const asked = factory ? mount_of(factory.get()) : nullptr;
+    return asked && asked->full() ? GST_RTSP_STS_SERVICE_UNAVAILABLE : GST_RTSP_STS_OK;
 }
 
 } // namespace
 
+// gst-rtsp-server gives its own timers and threads the bare address of a connection: it must not go as soon as it is
+// closed.
+class rtsp_server::departed
+{
+  public:
+    void add(GstRTSPClient* client)
+    {
+        std::lock_guard const lock{mutex_};
+        if (!stopped_)
+            clients_.emplace_back(steady::now(), retain_object(client));
+    }
+
+    void let_go()
+    {
+        std::vector<entry> old; // let go without the lock
+        std::lock_guard const lock{mutex_};
+        auto const due = std::partition(clients_.begin(), clients_.end(),
+                                        [](entry const& one) { return steady::now() - one.first < after_closing; });
+        std::move(due, clients_.end(), std::back_inserter(old));
+        clients_.erase(due, clients_.end());
+    }
+
+    void stop()
+    {
+        std::vector<entry> old;
+        std::lock_guard const lock{mutex_};
+        stopped_ = true;
+        old.swap(clients_);
+    }
+
+  private:
+    using entry = std::pair<steady::time_point, object_ptr<GstRTSPClient>>;
+
+    std::mutex mutex_;
+    std::vector<entry> clients_;
+    bool stopped_ = false;
+};
+
+void rtsp_server::welcome(GstRTSPClient* client)
+{
+    send_at_once(client);
+    g_signal_connect(client, "pre-describe-request", G_CALLBACK(refuse_when_full), nullptr);
+    g_signal_connect(client, "play-request", G_CALLBACK(on_play), nullptr);
+    // Connections may outlive the server.
+    g_signal_connect_data(
+        client, "closed", G_CALLBACK(+[](GstRTSPClient* gone, gpointer list) {
+            (*static_cast<std::shared_ptr<departed>*>(list))->add(gone);
+        }),
+        new std::shared_ptr<departed>{departed_},
+        [](gpointer list, GClosure*) { delete static_cast<std::shared_ptr<departed>*>(list); }, GConnectFlags{});
+}
+
 rtsp_server::rtsp_server(rtsp_settings const& settings, std::shared_ptr<receivers> all)
     : all_(std::move(all)), context_(g_main_context_new()), loop_(g_main_loop_new(context_.get(), FALSE)),
-      server_(gst_rtsp_server_new()), points_(gst_rtsp_server_get_mount_points(server_.get()))
+      server_(gst_rtsp_server_new()), points_(make_mount_points()), departed_(std::make_shared<departed>()),
+      doors_(std::make_shared<doors>(settings.doors)), dead_after_(settings.dead_after)
 {
+    gst_rtsp_server_set_mount_points(server_.get(), points_.get());
     auto const threads = adopt<object_ptr<GstRTSPThreadPool>>(gst_rtsp_server_get_thread_pool(server_.get()));
     gst_rtsp_thread_pool_set_max_threads(threads.get(), client_threads);
     gst_rtsp_server_set_backlog(server_.get(), backlog);
-    g_signal_connect(server_.get(), "client-connected", G_CALLBACK(on_client), nullptr);
+    g_signal_connect(server_.get(), "client-connected",
+                     G_CALLBACK(+[](GstRTSPServer*, GstRTSPClient* client, gpointer self) {
+                         static_cast<rtsp_server*>(self)->welcome(client);
+                     }),
+                     this);
+    change(settings.doors, settings.locks);
     listen(settings);
     thread_ = std::thread{[this] { run(); }};
 }
@@ -99,10 +134,6 @@ rtsp_server::~rtsp_server()
         who->end();
     if (!all_->wait_until_empty(patience))
         log::warning("some receivers did not end in time");
-    // Connections that never asked for anything.
-    using filter = GstRTSPFilterResult (*)(GstRTSPServer*, GstRTSPClient*, gpointer);
-    filter const everyone = [](GstRTSPServer*, GstRTSPClient*, gpointer) { return GST_RTSP_FILTER_REMOVE; };
-    gst_rtsp_server_client_filter(server_.get(), everyone, nullptr);
     // From within the loop, which may not have begun yet.
     g_source_ptr const quit{g_idle_source_new()};
     g_source_set_callback(
@@ -114,6 +145,14 @@ rtsp_server::~rtsp_server()
         loop_.get(), nullptr);
     g_source_attach(quit.get(), context_.get());
     thread_.join();
+    departed_->stop();
+}
+
+void rtsp_server::change(door_settings const& settings, rtsp_locks const& locks)
+{
+    doors_->set(settings);
+    gst_rtsp_server_set_auth(server_.get(), make_rtsp_auth(doors_, locks).get());
+    gst_rtsp_server_set_content_length_limit(server_.get(), static_cast<guint>(settings.request_size));
 }
 
 void rtsp_server::listen(rtsp_settings const& settings)
@@ -158,20 +197,26 @@ void rtsp_server::run()
 
 void rtsp_server::serve(std::string const& path, std::shared_ptr<mount> what)
 {
-    gst_rtsp_mount_points_add_factory(points_.get(), path.c_str(), make_factory(std::move(what)).release());
+    gst_rtsp_mount_points_add_factory(points_.get(), inner_path(path).c_str(), make_factory(std::move(what)).release());
 }
 
 void rtsp_server::withdraw(std::string const& path)
 {
-    gst_rtsp_mount_points_remove_factory(points_.get(), path.c_str());
+    gst_rtsp_mount_points_remove_factory(points_.get(), inner_path(path).c_str());
 }
 
 void rtsp_server::watch_connections()
 {
     auto const pool = adopt<object_ptr<GstRTSPSessionPool>>(gst_rtsp_server_get_session_pool(server_.get()));
     gst_rtsp_session_pool_cleanup(pool.get());
-    for (auto const& who : all_->all())
-        who->end_if_dead(dead_after);
+    departed_->let_go();
+    doors_->look_around(steady::now());
+    auto const everybody = all_->all();
+    for (auto const& who : everybody)
+        who->end_if_dead(dead_after_);
+    // What the last one needed goes back to the system.
+    if (std::exchange(watched_, !everybody.empty()) && everybody.empty())
+        ::malloc_trim(0);
 }
 
 } // namespace quillo::publisher

@@ -41,7 +41,8 @@ std::size_t checked_size(int fd, protocol::pool_body const& pool)
 slot_memory::slot_memory(open::descriptor memory, protocol::pool_body const& pool)
     : pool_(pool), size_(checked_size(memory.get(), pool))
 {
-    void* const mapped = ::mmap(nullptr, size_, PROT_READ, MAP_SHARED, memory.get(), 0);
+    // All pages at once, or the first pictures would wait for them.
+    void* const mapped = ::mmap(nullptr, size_, PROT_READ, MAP_SHARED | MAP_POPULATE, memory.get(), 0);
     if (mapped == MAP_FAILED)
         throw std::runtime_error{"memory cannot be mapped"};
     start_ = static_cast<unsigned char const*>(mapped);

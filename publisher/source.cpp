@@ -63,6 +63,7 @@ void source::accept(picture_format const& format)
     pictures_ = format;
     store_.set_format(format);
     last_.reset();
+    last_alpha_.reset();
     for (auto* const who : listeners_)
         who->format(pictures_, sound_);
 }
@@ -87,7 +88,7 @@ void source::video(video_item const& item)
     std::lock_guard const lock{mutex_};
     ++pictures_in_;
     ns const now = monotonic_ns();
-    buffer_ptr picture;
+    buffer_ptr picture, alpha;
     if (is_no_picture(item.picture.format)) {
         picture = store_.black();
     } else {
@@ -96,27 +97,33 @@ void source::video(video_item const& item)
         if (listeners_.empty())
             return;
         picture = store_.take(item.picture, *shape);
+        alpha = store_.take_alpha(item.picture, *shape);
     }
     if (!picture)
         return;
     ns const came = arrival(item.sent_ns);
     last_is_filler_ = false;
-    show(std::move(picture), item.repeat ? time_.repeated_picture(now) : time_.picture(item.timecode_100ns, came));
+    ns const placed = item.repeat ? time_.repeated_picture(now) : time_.picture(item.timecode_100ns, came);
+    if (!item.repeat)
+        offsets_.picture(came, placed, monotonic_ns());
+    show(std::move(picture), std::move(alpha), placed);
 }
 
-void source::show(buffer_ptr picture, ns time)
+void source::show(buffer_ptr picture, buffer_ptr alpha, ns time)
 {
     GST_BUFFER_PTS(picture.get()) = static_cast<GstClockTime>(time);
     last_shown_ = monotonic_ns();
     last_ = std::move(picture);
+    last_alpha_ = std::move(alpha);
     for (auto* const who : listeners_)
-        who->picture(last_.get());
+        who->keyed_picture(last_.get(), last_alpha_.get());
 }
 
 void source::audio(audio_item const& item)
 {
     if (std::unique_lock const lock{mutex_}; item.format == sound_) {
         ++blocks_in_;
+        sound_rests_ = false;
         if (listeners_.empty())
             return;
         auto const placed =
@@ -124,6 +131,8 @@ void source::audio(audio_item const& item)
                         : time_.sound(item.timecode_100ns, arrival(item.sent_ns), item.samples, item.format.rate);
         if (!placed.late)
             give({item.format, item.samples, item.planar, placed.start, placed.follows});
+        if (!placed.late && !item.silent)
+            offsets_.sound(arrival(item.sent_ns), placed.start);
         return;
     }
     // A sender announces a change first; one that does not is taken at its block's word.
@@ -147,8 +156,31 @@ void source::close()
 {
     std::lock_guard const lock{mutex_};
     closed_ = true;
+    // Whoever still waits for a first picture is not left waiting.
+    if (!listeners_.empty() && !last_)
+        show_black(monotonic_ns());
     for (auto* const who : listeners_)
         who->ended();
+}
+
+void source::show_black(ns now)
+{
+    auto picture = store_.black();
+    if (!picture)
+        return;
+    show(std::move(picture), nullptr, time_.repeated_picture(now));
+    last_is_filler_ = true;
+}
+
+void source::repeat(ns now) { show(restamped(last_.get(), now), std::move(last_alpha_), time_.repeated_picture(now)); }
+
+bool source::fill_sound(ns from)
+{
+    int const samples = std::max(1, sound_.rate * filler_block_ms / 1000);
+    auto const placed = time_.untimed_sound(from, samples, sound_.rate);
+    if (!placed.late)
+        give({sound_, samples, nullptr, placed.start, placed.follows});
+    return !placed.late;
 }
 
 void source::tick(ns now)
@@ -158,23 +190,20 @@ void source::tick(ns now)
         return;
     if (pending_ && now - pending_since_ > pending_limit && now - last_shown_ > repeat_after)
         accept(*pending_);
-    if (last_ ? now - last_shown_ >= repeat_after : now - listened_since_ >= black_after) {
-        bool const filler = !last_ || last_is_filler_;
-        if (auto picture = last_ ? restamped(last_.get(), now) : store_.black()) {
-            show(std::move(picture), time_.repeated_picture(now));
-            last_is_filler_ = filler;
-        }
-    }
+    bool const has_picture = announced_ && !is_no_picture(*announced_);
+    if (last_ && now - last_shown_ >= repeat_after)
+        repeat(now);
+    else if (!last_ && now - listened_since_ >= (has_picture ? overdue_after : black_after))
+        show_black(now);
 
-    int const samples = std::max(1, sound_.rate * filler_block_ms / 1000);
-    while (now - std::max(time_.sound_end(), listened_since_) >= fill_sound_after) {
-        // A long gap is left, so that a rest of hours is not filled in one go.
-        ns const due = std::max(time_.sound_end(), now - 2 * fill_sound_after);
-        auto const placed = time_.untimed_sound(due, samples, sound_.rate);
-        if (placed.late)
+    // Silence keeps pace once it has begun: were it late, receivers would take its delay for the network's and set the
+    // sound after it apart from the picture.
+    if (now - std::max(time_.sound_end(), listened_since_) >= fill_sound_after)
+        sound_rests_ = true;
+    while (sound_rests_ && now >= time_.sound_end())
+        // Of a long gap only the end is filled.
+        if (!fill_sound(std::max(time_.sound_end(), now - 2 * fill_sound_after)))
             break;
-        give({sound_, samples, nullptr, placed.start, placed.follows});
-    }
 }
 
 void source::add(listener& who)
@@ -187,16 +216,15 @@ void source::add(listener& who)
         listeners_.push_back(&who);
         listeners_count_ = listeners_.size();
         who.format(pictures_, sound_);
-        if (closed_)
-            who.ended();
         if (last_)
-            who.picture(last_.get());
+            who.keyed_picture(last_.get(), last_alpha_.get());
         // Sound has to begin somewhere, or a description waits for it.
-        int const samples = std::max(1, sound_.rate * filler_block_ms / 1000);
-        if (now - time_.sound_end() > fill_sound_after) {
-            auto const placed = time_.untimed_sound(now, samples, sound_.rate);
-            if (!placed.late)
-                give({sound_, samples, nullptr, placed.start, placed.follows});
+        if (now - time_.sound_end() > fill_sound_after)
+            fill_sound(now);
+        if (closed_) {
+            if (!last_)
+                show_black(now);
+            who.ended();
         }
     }
     wake_();
@@ -210,8 +238,11 @@ void source::remove(listener& who)
         listeners_count_ = listeners_.size();
         if (listeners_.empty()) {
             last_.reset();
+            last_alpha_.reset();
             pending_.reset();
+            sound_rests_ = false;
             store_.clear();
+            offsets_.reset();
         }
     }
     wake_();
@@ -219,13 +250,10 @@ void source::remove(listener& who)
 
 void source::hurry()
 {
-    {
-        std::lock_guard const lock{mutex_};
-        if (monotonic_ns() - last_shown_ < resting_after)
-            return;
-        last_shown_ = 0;
-    }
-    wake_();
+    std::lock_guard const lock{mutex_};
+    ns const now = monotonic_ns();
+    if (last_ && !listeners_.empty() && (closed_ || now - last_shown_ >= resting_after))
+        repeat(now);
 }
 
 void source::set_network_name(std::string const& name)
@@ -237,8 +265,8 @@ void source::set_network_name(std::string const& name)
 source::state source::current() const
 {
     std::lock_guard const lock{mutex_};
-    state result{network_name_, pictures_,       sound_, announced_.has_value(), 0, 0, 0, pictures_in_,
-                 blocks_in_,    time_.anchors(), losses_};
+    state result{network_name_,   pictures_, sound_,  announced_.has_value(), 0, 0, 0, pictures_in_, blocks_in_,
+                 time_.anchors(), losses_,   offsets_};
     if (announced_) {
         result.fourcc = announced_->fourcc;
         result.aspect = announced_->aspect;

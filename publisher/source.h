@@ -5,6 +5,7 @@
 #include "publisher/formats.h"
 #include "publisher/listener.h"
 #include "publisher/picture_store.h"
+#include "publisher/stream_offsets.h"
 #include "publisher/time_base.h"
 
 #include <atomic>
@@ -24,8 +25,9 @@ class source : public channel_events
 
     static constexpr ns repeat_after = 200'000'000;    // the last picture again, while the host rests
     static constexpr ns resting_after = 60'000'000;    // no picture for so long
-    static constexpr ns fill_sound_after = 60'000'000; // silence, likewise
+    static constexpr ns fill_sound_after = 60'000'000; // silence instead of sound that does not come
     static constexpr ns black_after = 200'000'000;     // when the sender has no picture for a new listener
+    static constexpr ns overdue_after = 1'000'000'000; // likewise, when it has one and does not hand it over
     static constexpr int frames_to_accept = 3;         // in a new format, before it is announced
     static constexpr ns pending_limit = 500'000'000;   // or this long as the last word
 
@@ -69,13 +71,17 @@ class source : public channel_events
         std::uint64_t blocks_in;
         std::uint64_t anchors;
         protocol::losses_body losses;
+        stream_offsets offsets; // while anybody listens
     };
     state current() const;
 
   private:
     void accept(picture_format const& format);
     void consider(picture_format const& shape, ns now);
-    void show(buffer_ptr picture, ns time);
+    void show(buffer_ptr picture, buffer_ptr alpha, ns time);
+    void show_black(ns now);
+    void repeat(ns now);
+    bool fill_sound(ns from); // false: that time is filled already
     void give(placed_sound const& block);
     ns arrival(std::int64_t sent_ns) const;
 
@@ -98,14 +104,17 @@ class source : public channel_events
 
     time_base time_;
     picture_store store_;
-    buffer_ptr last_; // shown last, in the announced shape
+    buffer_ptr last_;       // shown last, in the announced shape
+    buffer_ptr last_alpha_; // null: opaque
     bool last_is_filler_ = false;
-    ns last_shown_ = 0; // by the clock
+    ns last_shown_ = 0;        // by the clock
+    bool sound_rests_ = false; // silence has taken its place until sound comes again
     ns listened_since_ = 0;
 
     std::uint64_t pictures_in_ = 0;
     std::uint64_t blocks_in_ = 0;
     protocol::losses_body losses_{};
+    stream_offsets offsets_;
 };
 
 // Now on the common clock: CLOCK_MONOTONIC in ns.

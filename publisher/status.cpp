@@ -1,5 +1,8 @@
 #include "publisher/status.h"
 
+#include "publisher/machine.h"
+#include "sender/Quillolib_send.h"
+
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
@@ -18,8 +21,12 @@ json format_json(source::state const& state)
             {"fourcc", fourcc_text(state.fourcc)},
             {"rate", {state.pictures.rate.n, state.pictures.rate.d}},
             {"aspect", state.aspect},
-            {"frame_format", state.frame_format == 0 ? "interleaved" : "progressive"}};
+            {"frame_format", state.frame_format == 0 ? "interleaved" : "progressive"},
+            {"color", state.pictures.layout == fill::bgr ? "RGB, full range" : "BT.709, limited range"},
+            {"alpha", state.fourcc == SenderFourCC_UYVA || state.fourcc == SenderFourCC_BGRA}};
 }
+
+json number_or_null(std::optional<double> value) { return value ? json(*value) : json(nullptr); }
 
 json receiver_json(receiver const& who)
 {
@@ -33,20 +40,23 @@ json receiver_json(receiver const& who)
             {"frames_dropped", who.frames_dropped.load()}};
 }
 
-json losses_json(protocol::losses_body const& losses)
+json losses_json(protocol::losses_body const& losses, std::uint64_t encoder_late, std::uint64_t receiver_late)
 {
     return {{"video_sends", losses.video_sends},       {"video_no_slot", losses.video_no_slot},
             {"video_replaced", losses.video_replaced}, {"video_refused", losses.video_refused},
             {"audio_sends", losses.audio_sends},       {"audio_no_room", losses.audio_no_room},
             {"audio_refused", losses.audio_refused},   {"video_late", losses.video_late},
-            {"audio_late", losses.audio_late}};
+            {"audio_late", losses.audio_late},         {"encoder_late", encoder_late},
+            {"receiver_late", receiver_late}};
 }
 
-json source_json(source const& of, std::vector<receiver_ptr> const& watching, std::string const& base)
+json source_json(source_report const& report, receivers const& watching, std::string const& base)
 {
+    source const& of = *report.of;
     auto const state = of.current();
+    auto const totals = watching.totals_of(of.path());
     json receiving = json::array();
-    for (auto const& who : watching)
+    for (auto const& who : watching.all())
         if (who->path() == of.path())
             receiving.push_back(receiver_json(*who));
     return {{"name", of.who().name},
@@ -61,19 +71,38 @@ json source_json(source const& of, std::vector<receiver_ptr> const& watching, st
             {"frames_in", state.pictures_in},
             {"blocks_in", state.blocks_in},
             {"anchors", state.anchors},
-            {"losses", losses_json(state.losses)}};
+            {"frames_sent", totals.frames_sent},
+            {"hand_over_ms", number_or_null(state.offsets.hand_over_ms())},
+            {"av_offset_ms", number_or_null(state.offsets.av_ms())},
+            {"losses", losses_json(state.losses, report.encoder_late, totals.frames_dropped)}};
+}
+
+json turned_away_json(door_counts const& counts)
+{
+    return {{"strangers", counts.strangers},
+            {"too_many", counts.too_many},
+            {"silent", counts.silent},
+            {"oversized", counts.oversized},
+            {"wrong_password", counts.wrong_password},
+            {"locked_out", counts.locked_out}};
 }
 
 } // namespace
 
-std::string status_json(std::vector<std::shared_ptr<source>> const& sources, std::vector<receiver_ptr> const& watching,
-                        std::string const& base)
+std::string status_json(std::vector<source_report> const& sources, receivers const& watching,
+                        std::map<std::string, std::string> const& urls, std::vector<std::string> const& mounts,
+                        door_counts const& turned_away)
 {
     json all = json::array();
     for (auto const& one : sources)
-        all.push_back(source_json(*one, watching, base));
-    json const status = {
-        {"version", QUILLO_VERSION}, {"pid", ::getpid()}, {"urls", {{"rtsp", base}}}, {"sources", all}};
+        all.push_back(source_json(one, watching, urls.at("rtsp")));
+    json const status = {{"version", QUILLO_VERSION},
+                         {"pid", ::getpid()},
+                         {"machine", machine_name()},
+                         {"urls", urls},
+                         {"mounts", mounts},
+                         {"sources", all},
+                         {"turned_away", turned_away_json(turned_away)}};
     return status.dump(-1, ' ', false, json::error_handler_t::replace);
 }
 

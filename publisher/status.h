@@ -1,17 +1,26 @@
 // What a local program gets to know about the publisher.
 #pragma once
 
+#include "publisher/doors/doors.h"
 #include "publisher/receivers.h"
 #include "publisher/source.h"
 
-#include <memory>
+#include <map>
 #include <string>
 #include <vector>
 
 namespace quillo::publisher {
 
-// JSON text. base is the address of the RTSP server without a path.
-std::string status_json(std::vector<std::shared_ptr<source>> const& sources, std::vector<receiver_ptr> const& watching,
-                        std::string const& base);
+struct source_report
+{
+    source const* of;
+    std::uint64_t encoder_late; // pictures
+};
+
+// JSON text. urls are the addresses of the servers without a path, "rtsp" among them; mounts stand
+// behind the paths of all sources.
+std::string status_json(std::vector<source_report> const& sources, receivers const& watching,
+                        std::map<std::string, std::string> const& urls, std::vector<std::string> const& mounts,
+                        door_counts const& turned_away);
 
 } // namespace quillo::publisher

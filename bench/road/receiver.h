@@ -8,7 +8,11 @@
 namespace quillo::bench {
 
 // Watches url for so many seconds after its first picture and gives what it saw: frames, lost, different (raw only),
-// latency in ms from the send call to the picture in the application.
+// latency in ms from the send call to the picture in the application, and when, in seconds, pictures were lost.
 nlohmann::json receive(std::string const& url, bool raw, int width, int height, double seconds);
+
+// Only counts what comes, by its packets' time stamps, and needs little of the machine. Frames that the host left out
+// count as lost.
+nlohmann::json count(std::string const& url, int rate, double seconds);
 
 } // namespace quillo::bench

@@ -71,6 +71,11 @@ json wait_for_source(std::string const& folder, double seconds)
     return nullptr;
 }
 
+std::string address_of(json const& status, options const& o)
+{
+    return status["sources"][0]["url"].get<std::string>() + (o.mount == "raw" ? "/raw" : "");
+}
+
 // Sends pictures at the rate from a schedule of its own, as a host whose clock is steady.
 class host
 {
@@ -98,49 +103,62 @@ class host
     std::atomic<bool> measuring{false};
     std::vector<double> call_ms;
     std::uint32_t sent() const { return counter_; }
+    std::uint32_t skipped() const { return skipped_; } // frames that the host was too late for
     double host_cpu_s() const { return host_cpu_s_; }
 
   private:
+    // Makes a call to the sender library, of this thread, and tells how long it took; processor time outside of such
+    // calls is the host's own.
+    template <class Call>
+    double timed(double& cpu_mark, Call const& call)
+    {
+        host_cpu_s_ += thread_cpu_s() - cpu_mark;
+        auto const began = monotonic_ns();
+        call();
+        auto const ended = monotonic_ns();
+        cpu_mark = thread_cpu_s();
+        return static_cast<double>(ended - began) / 1e6;
+    }
+
     void send_video()
     {
         auto const began = monotonic_ns();
-        while (running_) {
-            auto const due = began + static_cast<std::int64_t>(counter_) * 1000000000 / o_.rate;
-            while (monotonic_ns() < due)
-                std::this_thread::sleep_for(std::chrono::nanoseconds(due - monotonic_ns()));
+        auto const due = [&](std::int64_t frame) { return began + frame * 1000000000 / o_.rate; };
+        double cpu = thread_cpu_s();
+        for (std::int64_t frame = 0; running_; ++frame) {
+            // What it is late for it leaves out.
+            for (; monotonic_ns() > due(frame + 1); ++frame)
+                ++skipped_;
+            while (monotonic_ns() < due(frame))
+                std::this_thread::sleep_for(std::chrono::nanoseconds(due(frame) - monotonic_ns()));
             auto& buffer = buffers_[counter_ % 2];
-            auto const t0 = monotonic_ns();
-            Quillolib_send_send_video(sender_, nullptr);
-            auto const t1 = monotonic_ns();
-            auto const cpu = thread_cpu_s();
+            double const waited_ms = timed(cpu, [&] { Quillolib_send_send_video(sender_, nullptr); });
             ++counter_;
-            stamp const s{counter_, monotonic_ns()};
-            picture_.draw(s, buffer.data());
-            host_cpu_s_ = host_cpu_s_ + thread_cpu_s() - cpu;
-            SenderVideoFrame const frame{o_.width,
-                                         o_.height,
-                                         SenderFourCC_UYVY,
-                                         o_.rate,
-                                         1,
-                                         static_cast<float>(o_.width) / static_cast<float>(o_.height),
-                                         FrameFormat_progressive,
-                                         static_cast<std::int64_t>(counter_) * 10000000 / o_.rate,
-                                         buffer.data(),
-                                         o_.width * 2};
-            auto const t2 = monotonic_ns();
-            Quillolib_send_send_video_async(sender_, &frame);
-            auto const t3 = monotonic_ns();
+            picture_.draw({counter_, 0}, buffer.data());
+            picture_.sign({counter_, monotonic_ns()}, buffer.data()); // from the send call on
+            SenderVideoFrame const record{o_.width,
+                                          o_.height,
+                                          SenderFourCC_UYVY,
+                                          o_.rate,
+                                          1,
+                                          static_cast<float>(o_.width) / static_cast<float>(o_.height),
+                                          FrameFormat_progressive,
+                                          frame * 10000000 / o_.rate,
+                                          buffer.data(),
+                                          o_.width * 2};
+            double const sent_ms = timed(cpu, [&] { Quillolib_send_send_video_async(sender_, &record); });
             if (measuring)
-                call_ms.push_back(static_cast<double>(t1 - t0 + t3 - t2) / 1e6);
+                call_ms.push_back(waited_ms + sent_ms);
         }
     }
 
     void send_audio()
     {
         std::vector<float> block(480 * 2);
+        double cpu = thread_cpu_s();
         for (std::int64_t index = 0; running_; ++index) {
-            SenderAudioFrame const frame{48000, 2, 480, index * 100000, block.data(), 480 * 4};
-            Quillolib_send_send_audio(sender_, &frame);
+            SenderAudioFrame const record{48000, 2, 480, index * 100000, block.data(), 480 * 4};
+            timed(cpu, [&] { Quillolib_send_send_audio(sender_, &record); });
         }
     }
 
@@ -150,6 +168,7 @@ class host
     std::vector<std::uint8_t> buffers_[2];
     std::atomic<bool> running_{true};
     std::atomic<std::uint32_t> counter_{0};
+    std::atomic<std::uint32_t> skipped_{0};
     std::atomic<double> host_cpu_s_{0};
     std::thread video_, audio_;
 };
@@ -161,7 +180,7 @@ struct receiver_process
     int out;
 };
 
-receiver_process start_receiver(std::string const& url, options const& o, double seconds)
+receiver_process start_receiver(std::string const& url, options const& o, double seconds, bool judges = true)
 {
     int ends[2];
     if (pipe(ends) != 0)
@@ -172,9 +191,9 @@ receiver_process start_receiver(std::string const& url, options const& o, double
         close(ends[0]);
         auto const self = std::filesystem::read_symlink("/proc/self/exe").string();
         auto const size = std::to_string(o.width) + "x" + std::to_string(o.height);
-        auto const span = std::to_string(seconds);
-        execl(self.c_str(), self.c_str(), "--receive", url.c_str(), "--size", size.c_str(), "--mount", o.mount.c_str(),
-              "--seconds", span.c_str(), nullptr);
+        auto const span = std::to_string(seconds), rate = std::to_string(o.rate);
+        execl(self.c_str(), self.c_str(), judges ? "--receive" : "--count", url.c_str(), "--size", size.c_str(),
+              "--mount", o.mount.c_str(), "--rate", rate.c_str(), "--seconds", span.c_str(), nullptr);
         _exit(127);
     }
     close(ends[1]);
@@ -189,7 +208,53 @@ json finish_receiver(receiver_process const& receiver)
         text.append(part, static_cast<std::size_t>(size));
     close(receiver.out);
     waitpid(receiver.pid, nullptr, 0);
-    return json::parse(text, nullptr, false);
+    auto const seen = json::parse(text, nullptr, false);
+    return seen.is_discarded() ? json() : seen; // null: killed
+}
+
+// Follows the memory of a process, and tells how large it was at most.
+class memory_watch
+{
+  public:
+    explicit memory_watch(pid_t pid) : thread_([this, pid] { follow(pid); }) {}
+    memory_watch(memory_watch const&) = delete;
+    memory_watch& operator=(memory_watch const&) = delete;
+    ~memory_watch()
+    {
+        running_ = false;
+        thread_.join();
+    }
+
+    std::int64_t most_mb() const { return most_kb_ / 1024; }
+
+  private:
+    void follow(pid_t pid)
+    {
+        while (running_) {
+            most_kb_ = std::max<std::int64_t>(most_kb_, resident_kb(pid));
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        }
+    }
+
+    std::atomic<bool> running_{true};
+    std::atomic<std::int64_t> most_kb_{0};
+    std::thread thread_;
+};
+
+// After the publisher's death: when there is another one, and when a receiver that connects then shows a picture.
+json until_back(options const& o, std::string const& folder, pid_t dead, std::int64_t died_ns)
+{
+    auto const since = [&] { return static_cast<double>(monotonic_ns() - died_ns) / 1e9; };
+    json status;
+    while (since() < 20 && (status.is_null() || status["pid"] == dead))
+        status = wait_for_source(folder, 1);
+    if (status.is_null())
+        return nullptr;
+    json result{{"source_s", since()}};
+    auto const seen = finish_receiver(start_receiver(address_of(status, o), o, 1));
+    if (seen.is_object() && seen.contains("first_picture_ns"))
+        result["picture_s"] = static_cast<double>(seen["first_picture_ns"].get<std::int64_t>() - died_ns) / 1e9;
+    return result;
 }
 
 int send(options const& o)
@@ -206,12 +271,12 @@ int send(options const& o)
         return 1;
     }
     pid_t const publisher = status["pid"].get<pid_t>();
-    std::string const url = status["sources"][0]["url"].get<std::string>() + (o.mount == "raw" ? "/raw" : "");
+    std::string const url = address_of(status, o);
 
     std::vector<receiver_process> receivers;
     for (int viewer = 0; viewer < o.viewers; ++viewer)
-        receivers.push_back(start_receiver(url, o, o.seconds));
-    std::this_thread::sleep_for(std::chrono::seconds(2)); // start-up is not what is measured
+        receivers.push_back(start_receiver(url, o, o.seconds, viewer == 0)); // judging eight would fill the machine
+    std::this_thread::sleep_for(std::chrono::seconds(2));                    // start-up is not what is measured
 
     if (o.stop_one && !receivers.empty())
         kill(receivers.back().pid, SIGSTOP);
@@ -219,22 +284,30 @@ int send(options const& o)
         kill(publisher, SIGSTOP);
     if (o.kill_publisher)
         kill(publisher, SIGKILL);
+    auto const happened = monotonic_ns();
 
     auto const cpu = [&] { return process_cpu_s() - playing.host_cpu_s(); };
     double const own = cpu(), theirs = process_cpu_s(publisher);
     auto const began = monotonic_ns();
     auto const sent = playing.sent();
+    memory_watch const publisher_memory(publisher), host_memory(getpid());
     playing.measuring = true;
-    std::this_thread::sleep_for(std::chrono::duration<double>(std::max(1.0, o.seconds - 2.5)));
+    json const back = o.kill_publisher ? until_back(o, folder, publisher, happened) : nullptr;
+    std::this_thread::sleep_for(std::chrono::nanoseconds(
+        happened + static_cast<std::int64_t>(std::max(1.0, o.seconds - 2.5) * 1e9) - monotonic_ns()));
     playing.measuring = false;
     double const span = static_cast<double>(monotonic_ns() - began) / 1e9;
 
     json result{
         {"mount", o.mount}, {"size", std::to_string(o.width) + "x" + std::to_string(o.height)}, {"viewers", o.viewers}};
+    result["skipped_by_host"] = playing.skipped();
     result["sends_per_s"] = (playing.sent() - sent) / span;
     result["sender_cores"] = (cpu() - own) / span;
     result["publisher_cores"] = o.kill_publisher ? 0 : (process_cpu_s(publisher) - theirs) / span;
-    result["publisher_mb"] = resident_kb(publisher) / 1024;
+    result["publisher_mb"] = publisher_memory.most_mb();
+    result["host_mb"] = host_memory.most_mb();
+    if (!back.is_null())
+        result["back_after"] = back;
     result["send_call_ms"] = summary(playing.call_ms);
 
     if (o.stop_publisher)
@@ -257,7 +330,7 @@ int send(options const& o)
 int main(int argc, char** argv)
 {
     options o;
-    std::string size = "1920x1080", url;
+    std::string size = "1920x1080", url, counted_url;
     CLI::App app{"Measures the road from a send call to receivers on this machine."};
     app.add_option("--size", size, "Picture size");
     app.add_option("--rate", o.rate, "Frames a second");
@@ -269,6 +342,7 @@ int main(int argc, char** argv)
     app.add_flag("--stop-publisher", o.stop_publisher, "Stop the publisher while measuring");
     app.add_flag("--kill-publisher", o.kill_publisher, "Kill the publisher when measuring begins");
     app.add_option("--receive", url, "Be a receiver of this address and print what was seen");
+    app.add_option("--count", counted_url, "Be one that only counts what comes");
     CLI11_PARSE(app, argc, argv);
     if (std::sscanf(size.c_str(), "%dx%d", &o.width, &o.height) != 2 || o.width < stamp_width || o.height < 64) {
         std::cerr << "size must be at least 512x64\n";
@@ -276,6 +350,10 @@ int main(int argc, char** argv)
     }
     if (!url.empty()) {
         std::cout << receive(url, o.mount == "raw", o.width, o.height, o.seconds) << '\n';
+        return 0;
+    }
+    if (!counted_url.empty()) {
+        std::cout << count(counted_url, o.rate, o.seconds) << '\n';
         return 0;
     }
     return send(o);

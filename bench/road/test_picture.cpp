@@ -50,6 +50,11 @@ void test_picture::draw(stamp const& s, std::uint8_t* dst) const
 {
     auto const& picture = variants_[s.counter % 4];
     std::memcpy(dst, picture.data(), picture.size());
+    sign(s, dst);
+}
+
+void test_picture::sign(stamp const& s, std::uint8_t* dst) const
+{
     auto const words = words_of(s);
     std::size_t const stride = static_cast<std::size_t>(width_) * 2;
     for (int y = 0; y < stamp_rows; ++y)

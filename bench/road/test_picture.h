@@ -27,6 +27,9 @@ class test_picture
     // Fills dst (width x height x 2 bytes) with the picture of this stamp.
     void draw(stamp const& s, std::uint8_t* dst) const;
 
+    // Only the stamp, over another one of the same counter.
+    void sign(stamp const& s, std::uint8_t* dst) const;
+
     // Whether picture is, byte for byte, what draw() makes of s.
     bool equals(stamp const& s, std::uint8_t const* picture) const;
 

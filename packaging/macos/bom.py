@@ -6,13 +6,20 @@ a few hundred files.
 import struct
 
 
+def remainder(crc):
+    for _ in range(8):
+        crc = (crc << 1 ^ 0x04C11DB7) & 0xFFFFFFFF if crc & 0x80000000 else crc << 1
+    return crc
+
+
+REMAINDERS = [remainder(byte << 24) for byte in range(256)]
+
+
 def posix_checksum(data):
     """The CRC that cksum(1) prints."""
     crc = 0
     for byte in data + (len(data).to_bytes((len(data).bit_length() + 7) // 8, "little") if data else b""):
-        crc ^= byte << 24
-        for _ in range(8):
-            crc = (crc << 1 ^ 0x04C11DB7) & 0xFFFFFFFF if crc & 0x80000000 else crc << 1
+        crc = (crc << 8 & 0xFFFFFFFF) ^ REMAINDERS[crc >> 24 ^ byte]
     return crc ^ 0xFFFFFFFF
 
 

@@ -6,6 +6,7 @@
 #include <gst/app/gstappsrc.h>
 
 #include <atomic>
+#include <deque>
 
 namespace quillo::publisher {
 
@@ -14,6 +15,10 @@ namespace {
 constexpr char const* mount_name = "default";
 constexpr GstClockTime longest_queue = 500 * GST_MSECOND;
 constexpr GstClockTime short_queue = 100 * GST_MSECOND; // good to go on from
+constexpr GstClockTime packet_time = 10 * GST_MSECOND;  // of Opus
+constexpr std::size_t most_early = 100;
+
+GstClockTime time_of(GstSample* sample) { return GST_BUFFER_PTS(gst_sample_get_buffer(sample)); }
 
 class h264_viewer : public viewer, encoded_viewer
 {
@@ -34,15 +39,19 @@ class h264_viewer : public viewer, encoded_viewer
   private:
     void access_unit(GstSample* unit, bool key) override;
     void opus_packet(GstSample* packet) override;
-    void ended() override { say_goodbye(); }
+    void ended() override;
 
     GstClockTime queued() const { return gst_app_src_get_current_level_time(GST_APP_SRC(video_in_.get())); }
 
     std::shared_ptr<encoded_mount> const mount_;
     std::atomic<bool> attached_{false};
     std::atomic<bool> need_key_{true};
-    bool first_unit_ = false;
+    void begin_sound();
+
+    std::atomic<bool> first_unit_{false};
+    GstClockTime begin_ = 0; // of the first unit
     bool first_packet_ = false;
+    std::deque<sample_ptr> early_; // packets that wait for the first unit
 };
 
 GstElement* h264_viewer::take_bin()
@@ -87,9 +96,11 @@ void h264_viewer::access_unit(GstSample* unit, bool key)
     GstAppSrc* const in = GST_APP_SRC(video_in_.get());
     if (!who_->playing) {
         // What the description waits for; live begins with another key frame.
-        if (!first_unit_ && key)
-            gst_app_src_push_sample(in, unit);
-        first_unit_ = first_unit_ || key;
+        if (!first_unit_ && key) {
+            begin_ = time_of(unit);
+            first_unit_ = gst_app_src_push_sample(in, unit) == GST_FLOW_OK;
+            begin_sound();
+        }
         return;
     }
     bool const too_slow = queued() > longest_queue;
@@ -106,17 +117,44 @@ void h264_viewer::access_unit(GstSample* unit, bool key)
 
 void h264_viewer::opus_packet(GstSample* packet)
 {
-    if (first_packet_ && !who_->playing)
+    if (first_packet_ && who_->playing) {
+        gst_app_src_push_sample(GST_APP_SRC(audio_in_.get()), packet);
+    } else if (!first_packet_) {
+        early_.push_back(retain(packet));
+        begin_sound();
+    }
+}
+
+// Receivers take the delay of what comes first for that of all, and keep sound and picture apart by the difference: so
+// both begin at one time, although the encoder of pictures needs longer to start.
+void h264_viewer::begin_sound()
+{
+    if (early_.size() > most_early)
+        early_.pop_front();
+    while (first_unit_ && !early_.empty() && time_of(early_.front().get()) + packet_time <= begin_)
+        early_.pop_front();
+    if (!first_unit_ || early_.empty())
         return;
-    first_packet_ = true;
-    gst_app_src_push_sample(GST_APP_SRC(audio_in_.get()), packet);
+    first_packet_ = gst_app_src_push_sample(GST_APP_SRC(audio_in_.get()), early_.front().get()) == GST_FLOW_OK;
+    early_.clear();
+}
+
+void h264_viewer::ended()
+{
+    // A description may wait for the first picture, which the encoder has in its hands.
+    if (first_unit_)
+        say_goodbye();
+    else
+        who_->end();
 }
 
 } // namespace
 
+bool encoded_mount::full() const { return all_->full(source_->path(), mount_name, all_->limits().encoded); }
+
 std::unique_ptr<viewer> encoded_mount::open()
 {
-    auto who = all_->admit(source_->path(), mount_name, receivers::max_encoded);
+    auto who = all_->admit(source_->path(), mount_name, all_->limits().encoded);
     return who ? std::make_unique<h264_viewer>(shared_from_this(), all_, std::move(who)) : nullptr;
 }
 
@@ -142,8 +180,15 @@ void encoded_mount::detach(encoded_viewer& who)
     feed_->remove(who);
     if (!feed_->has_viewers()) {
         source_->remove(*feed_);
+        dropped_before_ += feed_->dropped();
         feed_.reset();
     }
+}
+
+std::uint64_t encoded_mount::dropped() const
+{
+    std::lock_guard const lock{mutex_};
+    return dropped_before_ + (feed_ ? feed_->dropped() : 0);
 }
 
 void encoded_mount::request_key_frame()

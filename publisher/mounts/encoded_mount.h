@@ -20,6 +20,7 @@ class encoded_mount : public mount, public std::enable_shared_from_this<encoded_
     }
 
     std::unique_ptr<viewer> open() override;
+    bool full() const override;
     bool tcp_only() const override { return false; }
 
     source& of() { return *source_; }
@@ -29,13 +30,17 @@ class encoded_mount : public mount, public std::enable_shared_from_this<encoded_
     void detach(encoded_viewer& who);
     void request_key_frame();
 
+    // Pictures that the encoder was too late for, ever.
+    std::uint64_t dropped() const;
+
   private:
     std::shared_ptr<source> const source_;
     std::shared_ptr<receivers> const all_;
     encoder_choice const choice_;
 
-    std::mutex mutex_;
+    mutable std::mutex mutex_;
     std::unique_ptr<encoded_feed> feed_;
+    std::uint64_t dropped_before_ = 0; // by the feeds before this one
 };
 
 } // namespace quillo::publisher

@@ -1,5 +1,6 @@
 #include "publisher/mounts/mount.h"
 
+#include "publisher/doors/rtsp_auth.h"
 #include "publisher/pipeline.h"
 
 #include <gst/app/gstappsrc.h>
@@ -49,7 +50,8 @@ gboolean setup_rtpbin(GstRTSPMedia*, GstElement* rtpbin)
 {
     // Sender reports carry the time of capture: sound and picture spend different times on the way to the wire.
     g_object_set(rtpbin, "rtcp-sync-send-time", FALSE, nullptr);
-    // And the common clock itself. The wall clock would be read a moment apart from it, which a busy machine makes long.
+    // And the common clock itself. The wall clock would be read a moment apart from it, which a busy machine makes
+    // long.
     gst_util_set_object_arg(G_OBJECT(rtpbin), "ntp-time-source", "clock-time");
     return TRUE;
 }
@@ -116,6 +118,8 @@ void viewer::say_goodbye()
 {
     gst_app_src_end_of_stream(GST_APP_SRC(video_in_.get()));
     gst_app_src_end_of_stream(GST_APP_SRC(audio_in_.get()));
+    if (key_in_)
+        gst_app_src_end_of_stream(GST_APP_SRC(key_in_.get()));
     who_->end();
 }
 
@@ -127,11 +131,18 @@ object_ptr<GstRTSPMediaFactory> make_factory(std::shared_ptr<mount> served)
     gst_rtsp_media_factory_set_media_gtype(result, quillo_media_get_type());
     gst_rtsp_media_factory_set_shared(result, FALSE);
     gst_rtsp_media_factory_set_eos_shutdown(result, FALSE);
+    open_to_viewers(result);
     gst_rtsp_media_factory_set_protocols(
         result, (*made->served)->tcp_only()
                     ? GST_RTSP_LOWER_TRANS_TCP
                     : static_cast<GstRTSPLowerTrans>(GST_RTSP_LOWER_TRANS_TCP | GST_RTSP_LOWER_TRANS_UDP));
     return object_ptr<GstRTSPMediaFactory>{result};
+}
+
+mount const* mount_of(GstRTSPMediaFactory* of)
+{
+    return G_TYPE_CHECK_INSTANCE_TYPE(of, quillo_factory_get_type()) ? reinterpret_cast<factory*>(of)->served->get()
+                                                                     : nullptr;
 }
 
 viewer* viewer_of(GstRTSPMedia* of)

@@ -13,7 +13,7 @@ namespace quillo::publisher {
 class viewer
 {
   public:
-    // The payloaders, "pay0" for pictures and "pay1" for sound; floating, given away with this call.
+    // The payloaders, "pay0" for pictures, "pay1" for sound, "pay2" for a key; floating, given away with this call.
     virtual GstElement* take_bin() = 0;
     // The pipeline is there: to be fed until stop().
     virtual void start() = 0;
@@ -36,6 +36,7 @@ class viewer
 
     element_ptr video_in_; // the appsrcs in the bin
     element_ptr audio_in_;
+    element_ptr key_in_; // where there is one
     std::shared_ptr<receivers> const all_;
     receiver_ptr const who_;
 };
@@ -46,11 +47,15 @@ class mount
     virtual ~mount() = default;
     // Null when there are too many already.
     virtual std::unique_ptr<viewer> open() = 0;
+    virtual bool full() const = 0;
     virtual bool tcp_only() const = 0;
 };
 
 // What gst-rtsp-server wants for a path.
 object_ptr<GstRTSPMediaFactory> make_factory(std::shared_ptr<mount> served);
+
+// The mount behind a factory, null if it is none of ours.
+mount const* mount_of(GstRTSPMediaFactory* factory);
 
 // The viewer behind a media, null if it is none of ours.
 viewer* viewer_of(GstRTSPMedia* media);

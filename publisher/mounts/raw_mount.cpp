@@ -6,21 +6,21 @@
 #include "publisher/sdp.h"
 #include "publisher/sound_copy.h"
 
+#include <gst/app/gstappsrc.h>
+
 #include <atomic>
-#include <sstream>
 #include <utility>
 
 namespace quillo::publisher {
 
 namespace {
 
-constexpr char const* mount_name = "raw";
-
 class raw_viewer : public viewer, listener
 {
   public:
-    raw_viewer(std::shared_ptr<source> of, std::shared_ptr<receivers> all, receiver_ptr who)
-        : viewer(std::move(all), std::move(who)), source_(std::move(of)), shape_(source_->current())
+    raw_viewer(std::shared_ptr<source> of, std::shared_ptr<receivers> all, receiver_ptr who,
+               std::shared_ptr<raw_form> form)
+        : viewer(std::move(all), std::move(who)), source_(std::move(of)), form_(std::move(form))
     {
     }
 
@@ -34,12 +34,16 @@ class raw_viewer : public viewer, listener
 
   private:
     void format(picture_format const& pictures, sound_format const& sound) override;
-    void picture(GstBuffer* fill) override;
+    void picture(GstBuffer*) override {}
+    void keyed_picture(GstBuffer* fill, GstBuffer* alpha) override;
     void sound(placed_sound const& block) override;
     void ended() override;
+    pushed push(raw_form::pictures const& made);
 
     std::shared_ptr<source> const source_;
-    source::state const shape_; // as described; a viewer never sees another one
+    std::shared_ptr<raw_form> const form_;
+    picture_format pictures_; // as described; once a picture was shown a viewer never sees another shape
+    sound_format sound_;
     std::atomic<bool> listening_{false};
     bool ended_ = false;
     // Until PLAY one picture and one block are enough: they are what the description waits for.
@@ -49,19 +53,19 @@ class raw_viewer : public viewer, listener
 
 GstElement* raw_viewer::take_bin()
 {
-    std::ostringstream text;
-    text << "( appsrc name=video is-live=true format=time max-buffers=2 max-bytes=0 leaky-type=downstream"
-            " ! rtpvrawpay name=pay0 pt=96 mtu=60000"
-            " appsrc name=audio is-live=true format=time max-buffers=50 max-bytes=0 leaky-type=downstream"
-            " caps=\"audio/x-raw,format=S24BE,layout=interleaved,rate="
-         << shape_.sound.rate << ",channels=" << shape_.sound.channels;
-    if (shape_.sound.channels > 2)
-        text << ",channel-mask=(bitmask)0x0";
-    text << "\" ! rtpL24pay name=pay1 pt=97 mtu=60000 )";
-    GstElement* const bin = gst_parse_launch(text.str().c_str(), nullptr);
+    // Sound is timed by its stamps: counting samples the payloader would add a block to every break.
+    std::string text = "( appsrc name=video is-live=true format=time max-buffers=2 max-bytes=0 leaky-type=downstream"
+                       " ! rtpvrawpay name=pay0 pt=96 mtu=60000"
+                       " appsrc name=audio is-live=true format=time max-buffers=50 max-bytes=0 leaky-type=downstream"
+                       " ! rtpL24pay name=pay1 pt=97 mtu=60000 perfect-rtptime=false";
+    if (form_->has_key())
+        text += " appsrc name=key is-live=true format=time max-buffers=2 max-bytes=0 leaky-type=downstream"
+                " ! rtpvrawpay name=pay2 pt=98 mtu=60000";
+    GstElement* const bin = gst_parse_launch((text + " )").c_str(), nullptr);
     video_in_ = adopt<element_ptr>(gst_bin_get_by_name(GST_BIN(bin), "video"));
     audio_in_ = adopt<element_ptr>(gst_bin_get_by_name(GST_BIN(bin), "audio"));
-    g_object_set(video_in_.get(), "caps", picture_caps(shape_.pictures).get(), nullptr);
+    if (form_->has_key())
+        key_in_ = adopt<element_ptr>(gst_bin_get_by_name(GST_BIN(bin), "key"));
     return bin;
 }
 
@@ -79,16 +83,25 @@ void raw_viewer::stop()
 
 void raw_viewer::describe(GstSDPMessage& description)
 {
-    describe_raw(description, shape_.pictures);
-    describe_source(description, shape_.pictures, source_->who().name);
+    form_->describe(description, pictures_);
+    describe_source(description, pictures_, source_->who().name);
 }
 
 void raw_viewer::format(picture_format const& pictures, sound_format const& sound)
 {
-    if (ended_ || (pictures == shape_.pictures && sound == shape_.sound))
+    bool const shown = first_picture_ || first_block_;
+    if (ended_ || (shown && pictures == pictures_ && sound == sound_))
         return;
     // Receivers keep what was described to them and would show garbage; they have to ask again.
-    ended();
+    if (shown)
+        return ended();
+    pictures_ = pictures;
+    sound_ = sound;
+    auto const caps = form_->caps(pictures);
+    gst_app_src_set_caps(GST_APP_SRC(video_in_.get()), caps.get());
+    if (key_in_)
+        gst_app_src_set_caps(GST_APP_SRC(key_in_.get()), caps.get());
+    gst_app_src_set_caps(GST_APP_SRC(audio_in_.get()), s24be_caps(sound).get());
 }
 
 void raw_viewer::ended()
@@ -97,15 +110,34 @@ void raw_viewer::ended()
         say_goodbye();
 }
 
-void raw_viewer::picture(GstBuffer* fill)
+pushed raw_viewer::push(raw_form::pictures const& made)
+{
+    if (!key_in_)
+        return push_buffer(video_in_.get(), made.fill.get());
+    // Both or neither: a picture with another one's key is worse than none.
+    if (is_full(video_in_.get()) || is_full(key_in_.get()))
+        return pushed::in_place_of_another;
+    auto const result = push_buffer(video_in_.get(), made.fill.get());
+    return result == pushed::queued ? push_buffer(key_in_.get(), made.key.get()) : result;
+}
+
+void raw_viewer::keyed_picture(GstBuffer* fill, GstBuffer* alpha)
 {
     if (ended_ || (first_picture_ && !who_->playing))
         return;
-    first_picture_ = true;
-    ++who_->frames_sent;
-    if (!push_buffer(video_in_.get(), fill)) {
-        --who_->frames_sent;
+    auto const made = form_->make(pictures_, fill, alpha);
+    if (!made.fill || (key_in_ && !made.key))
+        return;
+    switch (push(made)) {
+    case pushed::queued:
+        first_picture_ = true;
+        ++who_->frames_sent;
+        break;
+    case pushed::in_place_of_another:
         ++who_->frames_dropped;
+        break;
+    case pushed::refused:
+        break;
     }
 }
 
@@ -113,17 +145,26 @@ void raw_viewer::sound(placed_sound const& block)
 {
     if (ended_ || (first_block_ && !who_->playing))
         return;
-    first_block_ = true;
     if (auto const buffer = as_s24be(block))
-        push_buffer(audio_in_.get(), buffer.get());
+        first_block_ = push_buffer(audio_in_.get(), buffer.get()) != pushed::refused;
 }
 
 } // namespace
 
+bool raw_mount::full() const { return all_->full(source_->path(), name_, all_->limits().raw); }
+
 std::unique_ptr<viewer> raw_mount::open()
 {
-    auto who = all_->admit(source_->path(), mount_name, receivers::max_raw);
-    return who ? std::make_unique<raw_viewer>(source_, all_, std::move(who)) : nullptr;
+    auto who = all_->admit(source_->path(), name_, all_->limits().raw);
+    if (!who)
+        return nullptr;
+    std::lock_guard const lock{mutex_};
+    auto form = form_.lock();
+    if (!form) {
+        form = make_();
+        form_ = form;
+    }
+    return std::make_unique<raw_viewer>(source_, all_, std::move(who), std::move(form));
 }
 
 } // namespace quillo::publisher

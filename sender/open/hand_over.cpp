@@ -5,6 +5,9 @@
 #include <poll.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <functional>
+#include <thread>
 #include <utility>
 
 namespace quillo::open {
@@ -44,14 +47,19 @@ void hand_over::run()
             if (!publisher && now >= next_connect)
                 connect(now);
             if (publisher && !talk(now))
-                disconnect(now, publisher->confused() ? "it says what nobody understands" : "it closed the connection");
+                disconnect(now, welcomed ? log_level::warning : log_level::info,
+                           publisher->confused() ? "it says what nobody understands" : "it closed the connection");
             keep_books(now);
         } catch (std::exception const& error) {
-            disconnect(now, error.what());
+            disconnect(now, log_level::warning, error.what());
         }
         wait(now);
     }
-    report_losses(box.totals());
+    try {
+        report_losses(box.totals());
+    } catch (std::exception const& error) {
+        messages.write(log_level::warning, "losses are not told: ", error.what());
+    }
     publisher.reset();
     box.set_wants(false, false);
 }
@@ -85,7 +93,7 @@ void hand_over::connect(steady::time_point now)
                                .groups_size = static_cast<std::uint32_t>(identity.groups.size())};
     std::copy(identity.id.begin(), identity.id.end(), hello.sender_id);
     if (!publisher->send(message::hello, hello, bytes_of(identity.name + identity.groups)))
-        disconnect(now, "it closed the connection");
+        disconnect(now, log_level::info, "it closed the connection");
 }
 
 void hand_over::start_publisher_if_allowed(steady::time_point now)
@@ -109,9 +117,9 @@ void hand_over::start_publisher_if_allowed(steady::time_point now)
     }
 }
 
-void hand_over::disconnect(steady::time_point now, std::string const& why)
+void hand_over::disconnect(steady::time_point now, log_level level, std::string_view why) noexcept
 {
-    note(welcomed ? log_level::warning : log_level::info, "no connection to the publisher: " + why);
+    note(level, "no connection to the publisher: ", why);
     bool const held_for_long = publisher && now - connected_at >= 1s;
     publisher.reset();
     pool.reset();
@@ -126,10 +134,12 @@ void hand_over::disconnect(steady::time_point now, std::string const& why)
     next_connect = now + connect_pause;
 }
 
-void hand_over::note(log_level level, std::string const& problem)
+void hand_over::note(log_level level, std::string_view problem, std::string_view more) noexcept
 {
-    if (problem != std::exchange(last_problem, problem))
-        messages.write(level, problem);
+    std::hash<std::string_view> const hash;
+    auto const this_problem = hash(problem) + 31 * hash(more);
+    if (this_problem != std::exchange(last_problem, this_problem))
+        messages.write(level, problem, more);
 }
 
 bool hand_over::talk(steady::time_point now)
@@ -159,7 +169,7 @@ bool hand_over::obey(incoming const& said, steady::time_point now)
         }
         welcomed = true;
         starts.answered(now);
-        last_problem.clear();
+        last_problem = 0;
         messages.write(log_level::info, "connected to the publisher, process " + std::to_string(said.welcome.pid));
         break;
     case message::wants:
@@ -305,7 +315,6 @@ void hand_over::report_losses(protocol::losses_body const& totals)
     auto const refused = since(&protocol::losses_body::video_refused) + since(&protocol::losses_body::audio_refused);
     auto const late_video = since(&protocol::losses_body::video_late);
     auto const late_audio = since(&protocol::losses_body::audio_late);
-    reported = totals;
 
     using std::to_string;
     if (no_slot + replaced + no_room + refused)
@@ -318,6 +327,7 @@ void hand_over::report_losses(protocol::losses_body const& totals)
     if (late_video + late_audio)
         messages.write(log_level::info, "the host was late: picture clock started anew " + to_string(late_video) +
                                             " times, sound clock " + to_string(late_audio) + " times");
+    reported = totals;
 }
 
 void hand_over::wait(steady::time_point now)
@@ -338,7 +348,8 @@ void hand_over::wait(steady::time_point now)
     sources[1] = {publisher ? publisher->fd() : -1, POLLIN, 0};
     if (publisher && !publisher->idle())
         sources[1].events |= POLLOUT;
-    ::poll(sources.data(), sources.size(), timeout);
+    if (::poll(sources.data(), sources.size(), timeout) < 0 && errno != EINTR)
+        std::this_thread::sleep_for(shortest_pause); // nothing is known to wait for
     if (sources[0].revents)
         wake_up.drain();
     publisher_speaks = sources[1].revents & (POLLIN | POLLHUP | POLLERR);

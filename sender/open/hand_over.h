@@ -12,6 +12,7 @@
 #include <atomic>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace quillo::open {
 
@@ -40,8 +41,9 @@ class hand_over
   private:
     void connect(steady::time_point now);
     void start_publisher_if_allowed(steady::time_point now);
-    void disconnect(steady::time_point now, std::string const& why);
-    void note(log_level, std::string const& problem);
+    // These two need no memory.
+    void disconnect(steady::time_point now, log_level, std::string_view why) noexcept;
+    void note(log_level, std::string_view problem, std::string_view more = {}) noexcept;
 
     // What there is to hear and to say now. False: the connection is lost.
     bool talk(steady::time_point now);
@@ -79,7 +81,7 @@ class hand_over
     steady::duration connect_pause{};
     start_limit starts;
     steady::time_point last_start;
-    std::string last_problem; // not said again until something else happens
+    std::size_t last_problem = 0; // its hash: it is not said again until something else happens
 
     std::optional<steady::time_point> next_books; // none while the host rests
     steady::time_point next_report;

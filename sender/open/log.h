@@ -17,8 +17,8 @@ class log
   public:
     log(log_level, std::string source_name);
 
-    // A line of its own. Never blocks: it is lost when nobody reads the stream.
-    void write(log_level, std::string_view line) const;
+    // A line of its own, cut after 1000 bytes. Never blocks: it is lost when nobody reads the stream. Needs no memory.
+    void write(log_level, std::string_view line, std::string_view more = {}) const noexcept;
 
   private:
     log_level const most;

@@ -1,5 +1,6 @@
 #include "sender/open/mailbox.h"
 
+#include <exception>
 #include <utility>
 
 namespace quillo::open {
@@ -62,7 +63,7 @@ void mailbox::add(sound const& what, std::int64_t timecode_100ns, std::int64_t s
 
     bool const new_format = seen.audio != what.format;
     seen.audio = what.format;
-    if (wants_audio && ring_count == ring.size())
+    if (wants_audio && !make_room(what.bytes()))
         ++counts.audio_no_room;
     else if (wants_audio) {
         auto& place = ring[(ring_first + ring_count) % ring.size()];
@@ -72,13 +73,24 @@ void mailbox::add(sound const& what, std::int64_t timecode_100ns, std::int64_t s
                       .timecode_100ns = timecode_100ns,
                       .sent_ns = sent_ns,
                       .sample_index = first_sample};
-        place.samples.resize(what.bytes());
         what.copy_to(place.samples.data());
         ++ring_count;
     }
     if (wants_audio || new_format)
         wake();
     wake_if_asked();
+}
+
+bool mailbox::make_room(std::size_t bytes) noexcept
+{
+    if (ring_count == ring.size())
+        return false;
+    try {
+        ring[(ring_first + ring_count) % ring.size()].samples.resize(bytes);
+        return true;
+    } catch (std::exception const&) {
+        return false;
+    }
 }
 
 void mailbox::refuse_video(refusal why, SenderVideoFrame const& frame)
@@ -112,8 +124,8 @@ void mailbox::note_refusal(unsigned reason, Line const& line)
     wake_if_asked();
     if (refusals_seen & reason)
         return;
-    refusals_seen |= reason;
     refusal_lines.push_back(line());
+    refusals_seen |= reason;
     wake();
 }
 

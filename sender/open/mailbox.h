@@ -108,6 +108,8 @@ class mailbox
     template <class Line>
     void note_refusal(unsigned reason, Line const&);
     void wake_if_asked();
+    // Memory for the next block of the ring.
+    bool make_room(std::size_t bytes) noexcept;
 
     std::function<void()> const wake;
     mutable std::mutex lock;

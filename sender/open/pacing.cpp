@@ -6,6 +6,12 @@ namespace quillo::open {
 
 using namespace std::chrono_literals;
 
+namespace {
+
+constexpr int refill_frames = 256; // for one period
+
+}
+
 void timeline::start(steady::time_point at, std::int64_t units_a_second)
 {
     whole = at;
@@ -48,6 +54,7 @@ bool video_clock::frame(steady::time_point now, std::int32_t n, std::int32_t d)
         return false;
     }
     line.advance(d);
+    may_move = std::min(may_move + period() / refill_frames, 2 * period());
     // At less than a frame a second the calls wait shorter than the frames last, and would fall behind for ever.
     if (line.at() - now > 2 * period())
         start(now + period());
@@ -65,10 +72,10 @@ void video_clock::start(steady::time_point at)
 
 steady::time_point video_clock::wait_until(steady::time_point now)
 {
-    auto const early = line.at() - now;
-    if (early > steady::duration{} && early <= may_move && now - last_frame > period() / 8) {
-        line.move_earlier(early);
-        may_move -= early;
+    if (line.at() > now && now - last_frame > period() / 8) {
+        auto const move = std::min<steady::duration>(line.at() - now, may_move);
+        line.move_earlier(move);
+        may_move -= move;
     }
     return std::min(line.at(), now + period());
 }

@@ -56,8 +56,8 @@ class video_clock
 
     // Until when a call at now waits for the last frame's due time: at most one period, and never more than a second.
     // A host that takes time of its own between two calls keeps time by itself, and if it comes early, the frame with
-    // which this clock started was late: then the clock moves, by two periods at most, instead of holding up every
-    // call.
+    // which this clock started was late: then the clock moves, by two periods at once and one more in 256 frames,
+    // instead of holding up every call.
     steady::time_point wait_until(steady::time_point now);
 
     // One frame, but at most a second.
@@ -70,7 +70,7 @@ class video_clock
     std::int32_t rate_n = 0;
     std::int32_t rate_d = 0;
     steady::time_point last_frame;
-    steady::duration may_move{}; // since the start
+    steady::duration may_move{};
 };
 
 } // namespace quillo::open

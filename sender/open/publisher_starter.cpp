@@ -86,29 +86,30 @@ struct spawn_settings
 {
     posix_spawn_file_actions_t files;
     posix_spawnattr_t attributes;
+    int error = 0; // the first
 
     explicit spawn_settings(std::string const& log_file)
     {
-        ::posix_spawn_file_actions_init(&files);
-        ::posix_spawn_file_actions_addopen(&files, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-        ::posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, log_file.c_str(),
-                                           O_WRONLY | O_CREAT | O_TRUNC | O_APPEND, 0600);
-        ::posix_spawn_file_actions_adddup2(&files, STDOUT_FILENO, STDERR_FILENO);
+        note(::posix_spawn_file_actions_init(&files));
+        note(::posix_spawn_file_actions_addopen(&files, STDIN_FILENO, "/dev/null", O_RDONLY, 0));
+        note(::posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, log_file.c_str(),
+                                                O_WRONLY | O_CREAT | O_TRUNC | O_APPEND, 0600));
+        note(::posix_spawn_file_actions_adddup2(&files, STDOUT_FILENO, STDERR_FILENO));
 
-        ::posix_spawnattr_init(&attributes);
+        note(::posix_spawnattr_init(&attributes));
         sigset_t none;
         sigset_t all;
         sigemptyset(&none);
         sigfillset(&all);
-        ::posix_spawnattr_setsigmask(&attributes, &none);
-        ::posix_spawnattr_setsigdefault(&attributes, &all);
+        note(::posix_spawnattr_setsigmask(&attributes, &none));
+        note(::posix_spawnattr_setsigdefault(&attributes, &all));
         int flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSID;
 #ifdef __APPLE__
         flags |= POSIX_SPAWN_CLOEXEC_DEFAULT;
 #else
-        ::posix_spawn_file_actions_addclosefrom_np(&files, STDERR_FILENO + 1);
+        note(::posix_spawn_file_actions_addclosefrom_np(&files, STDERR_FILENO + 1));
 #endif
-        ::posix_spawnattr_setflags(&attributes, static_cast<short>(flags));
+        note(::posix_spawnattr_setflags(&attributes, static_cast<short>(flags)));
     }
     spawn_settings(spawn_settings const&) = delete;
     spawn_settings& operator=(spawn_settings const&) = delete;
@@ -116,6 +117,13 @@ struct spawn_settings
     {
         ::posix_spawnattr_destroy(&attributes);
         ::posix_spawn_file_actions_destroy(&files);
+    }
+
+  private:
+    void note(int result)
+    {
+        if (!error)
+            error = result;
     }
 };
 
@@ -159,8 +167,11 @@ void start_publisher(std::string const& program, std::string const& folder, star
 
     spawn_settings const settings{folder + "/publisher.log"};
     pid_t shell = 0;
-    if (int const error =
-            ::posix_spawn(&shell, "/bin/sh", &settings.files, &settings.attributes, arguments.data(), variables.data()))
+    int error = settings.error;
+    if (!error)
+        error =
+            ::posix_spawn(&shell, "/bin/sh", &settings.files, &settings.attributes, arguments.data(), variables.data());
+    if (error)
         throw std::system_error{error, std::generic_category(), "posix_spawn"};
     while (::waitpid(shell, nullptr, 0) < 0 && errno == EINTR) {
     }

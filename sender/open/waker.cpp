@@ -17,7 +17,8 @@ void waker::wake() noexcept
 {
     char const any = 0;
     // A full pipe wakes as well.
-    [[maybe_unused]] auto const written = ::write(writing.get(), &any, 1);
+    while (::write(writing.get(), &any, 1) < 0 && errno == EINTR) {
+    }
 }
 
 void waker::drain() noexcept

@@ -1,13 +1,16 @@
 #!/usr/bin/env bash
-# deb_test.sh BUILD: makes the Debian package, installs it into an empty root, uses it there, and removes it without trace.
+# deb_test.sh BUILD|PACKAGE: makes the Debian package unless it is given, installs it into an empty root, uses it there, and removes it without trace.
 set -euo pipefail
-build=$1
+given=$(realpath "$1")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 fail() { echo "deb_test: $*" >&2; exit 1; }
 
-(cd "$build" && cpack -B "$work/out" >"$work/cpack.log" 2>&1) || { tail -n 30 "$work/cpack.log"; fail "cpack"; }
-deb=$(find "$work/out" -maxdepth 1 -name '*.deb')
+deb=$given
+if [ -d "$given" ]; then
+    (cd "$given" && cpack -B "$work/out" >"$work/cpack.log" 2>&1) || { tail -n 30 "$work/cpack.log"; fail "cpack"; }
+    deb=$(find "$work/out" -maxdepth 1 -name '*.deb')
+fi
 [ "$(echo "$deb" | wc -l)" = 1 ] && [ -f "$deb" ] || fail "not one package: $deb"
 
 root=$work/root
@@ -28,10 +31,11 @@ contents() { (cd "$root" && find . -path ./var/lib/dpkg -prune -o -path ./var/lo
 before=$(contents)
 package_manager -i "$deb"
 for file in usr/bin/quillo usr/lib/quillo/Plugins.AdobeCC.Transmit.so usr/lib/quillo/libquillo.so.4 usr/share/man/man1/quillo.1 \
-    usr/lib/systemd/user/quillo.service usr/share/doc/quillo/copyright; do
+    usr/share/man/man5/quillo.conf.5 usr/lib/systemd/user/quillo.service usr/lib/systemd/user/quillo.socket \
+    usr/share/bash-completion/completions/quillo usr/share/zsh/vendor-completions/_quillo usr/share/doc/quillo/copyright; do
     [ -s "$root/$file" ] || fail "$file was not installed"
 done
-[ "$(cd "$root" && find . -path ./var/lib/dpkg -prune -o -path ./var/log -prune -o -type f -print | wc -l)" = 6 ] ||
+[ "$(cd "$root" && find . -path ./var/lib/dpkg -prune -o -path ./var/log -prune -o -type f -print | wc -l)" = 10 ] ||
     fail "something else was installed: $(cd "$root" && find usr -type f)"
 
 program=$(sed -n 's/^ExecStart=\([^ ]*\).*/\1/p' "$root/usr/lib/systemd/user/quillo.service")

@@ -1,4 +1,5 @@
-"""The macOS installer, read back by programs that did not make it: pkg_test.py MAKE_PKG BUNDLE VERSION.
+#!/usr/bin/env python3
+"""The macOS installer, read back by programs that did not make it: pkg_test.py MAKE_PKG BUNDLE VERSION [PACKAGE].
 
 bsdtar reads the archive and the payloads; the bill of materials is read here, from its layout alone.
 """
@@ -12,6 +13,7 @@ import unittest
 import xml.etree.ElementTree as xml
 
 make_pkg, bundle, version = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2]), sys.argv[3]
+given = pathlib.Path(sys.argv[4]) if len(sys.argv) > 4 else None
 
 
 def made(out):
@@ -59,7 +61,7 @@ def bill(data):
 class Package(unittest.TestCase):
     def setUp(self):
         self.folder = pathlib.Path(self.enterContext(tempfile.TemporaryDirectory()))
-        self.package = made(self.folder / "made.pkg")
+        self.package = given or made(self.folder / "made.pkg")
         self.parts = unpacked(self.package, self.folder / "parts")
 
     def install(self, root):

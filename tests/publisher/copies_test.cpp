@@ -66,6 +66,48 @@ TEST(picture_copy, uyvy_is_copied_row_by_row_to_its_even_width)
         expect_even_width(width);
 }
 
+void expect_alpha(int width, std::uint32_t fourcc)
+{
+    auto const body = video_format(width, height, fourcc);
+    auto const sent = counting_bytes(slot_bytes(body));
+    auto const shape = *checked(body);
+    std::size_t const pixels = static_cast<std::size_t>(width) * height;
+    std::size_t const stride = static_cast<std::size_t>(width) + 3;
+    std::vector<unsigned char> out(stride * height, 0xEE);
+    copy_alpha({body, sent.data()}, shape, out.data(), stride);
+    for (std::size_t y = 0; y < height; ++y)
+        for (std::size_t x = 0; x < stride; ++x) {
+            std::size_t const pixel = y * static_cast<std::size_t>(width) + x;
+            unsigned char expected = 0xEE;
+            if (x < static_cast<std::size_t>(shape.width))
+                expected = fourcc == SenderFourCC_UYVA ? sent[pixels * 2 + pixel] : sent[pixel * 4 + 3];
+            ASSERT_EQ(out[y * stride + x], expected) << width << ' ' << y << ' ' << x;
+        }
+}
+
+TEST(picture_copy, alpha_is_taken_from_its_plane_or_from_every_fourth_byte)
+{
+    for (int width = 2; width < 70; ++width) {
+        expect_alpha(width, SenderFourCC_UYVA);
+        expect_alpha(width, SenderFourCC_BGRA);
+    }
+}
+
+TEST(picture_copy, alpha_joins_its_pixels_and_nothing_else_is_touched)
+{
+    for (std::size_t pixels = 0; pixels < 70; ++pixels) {
+        auto const bgr = counting_bytes(pixels * 3);
+        auto alpha = counting_bytes(pixels + 1000);
+        alpha.erase(alpha.begin(), alpha.begin() + 1000);
+        std::vector<unsigned char> out(pixels * 4 + 8, 0xEE);
+        join_alpha(bgr.data(), alpha.data(), out.data(), pixels);
+        for (std::size_t b = 0; b < out.size(); ++b) {
+            auto const expected = b >= pixels * 4 ? 0xEE : b % 4 == 3 ? alpha[b / 4] : bgr[b / 4 * 3 + b % 4];
+            ASSERT_EQ(out[b], expected) << pixels << ' ' << b;
+        }
+    }
+}
+
 placed_sound block_of(std::vector<float> const& planar, int channels)
 {
     return {{48000, channels}, static_cast<int>(planar.size()) / channels, planar.data(), 123456789, true};

@@ -261,6 +261,21 @@ TEST_F(mounts, source_without_any_picture_is_black)
     EXPECT_TRUE(is_black(*picture));
 }
 
+TEST_F(mounts, sender_that_has_a_picture_is_given_time_to_hand_it_over)
+{
+    protocol_sender sender{publisher_.socket()};
+    sender.hello("Adobe Premiere Pro", 1);
+    sender.announce(hd);
+    ASSERT_TRUE(sender.receive(protocol::message::welcome));
+    ASSERT_TRUE(soon([&] { return !status()["sources"][0]["format"].is_null(); }));
+    auto const began = std::chrono::steady_clock::now();
+    auto const receiver = watch("/raw");
+    auto const picture = receiver->wait_for_picture();
+    ASSERT_TRUE(picture);
+    EXPECT_TRUE(is_black(*picture));
+    EXPECT_GE(std::chrono::steady_clock::now() - began, 1s);
+}
+
 TEST_F(mounts, no_picture_frame_is_black_at_the_announced_size)
 {
     for (auto const* mount : {"/raw", ""}) {
@@ -433,7 +448,8 @@ TEST(running_twice, second_publisher_of_a_user_is_told_so)
 TEST(running_twice, taken_port_means_the_next_free_one)
 {
     running_publisher const first;
-    publisher::publisher_settings settings{{"127.0.0.1", first.everything.port()}, {}, false};
+    auto settings = running_publisher::settings({});
+    settings.rtsp.port = first.everything.port();
     publisher::publisher const second{settings};
     EXPECT_GT(second.port(), first.everything.port());
     EXPECT_LT(second.port(), first.everything.port() + publisher::rtsp_server::ports_to_try);

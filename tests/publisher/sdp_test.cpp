@@ -43,6 +43,32 @@ TEST(sdp, whole_rates_have_no_denominator_and_rgb_is_full_range)
     EXPECT_THAT(d.str(), HasSubstr(";exactframerate=25;RANGE=FULL;TCS=SDR;PAR=1:1\r\n"));
 }
 
+TEST(sdp, key_is_the_last_video_and_grouped_with_its_fill)
+{
+    GstSDPMessage* text = nullptr;
+    gst_init(nullptr, nullptr);
+    gst_sdp_message_new_from_text("v=0\r\no=- 1 1 IN IP4 127.0.0.1\r\ns=Session\r\n"
+                                  "m=video 0 RTP/AVP 96\r\na=fmtp:96 sampling=YCbCr-4:2:2\r\n"
+                                  "m=audio 0 RTP/AVP 97\r\na=rtpmap:97 L24/48000/2\r\n"
+                                  "m=video 0 RTP/AVP 98\r\na=fmtp:98 sampling=YCbCr-4:2:2\r\n",
+                                  &text);
+    describe_key(*text, ntsc);
+    std::string const told = string_ptr{gst_sdp_message_as_text(text)}.get();
+    gst_sdp_message_free(text);
+    EXPECT_THAT(told, HasSubstr("a=group:LS fill key\r\n"));
+    EXPECT_THAT(told, HasSubstr("a=fmtp:96 sampling=YCbCr-4:2:2\r\na=mid:fill\r\na=label:fill\r\n"));
+    EXPECT_THAT(told, HasSubstr("a=fmtp:98 sampling=YCbCr-4:2:2;colorimetry=BT709-2;exactframerate=30000/1001;"
+                                "RANGE=FULL;TCS=SDR;PAR=10:11\r\na=mid:key\r\na=label:key\r\n"
+                                "a=x-quillo-alpha:straight\r\n"));
+}
+
+TEST(sdp, alpha_within_the_picture_is_straight)
+{
+    description d;
+    describe_alpha(*d.text);
+    EXPECT_THAT(d.str(), HasSubstr("a=x-quillo-alpha:straight\r\n"));
+}
+
 TEST(sdp, source_is_named_and_woven_fields_are_told)
 {
     description d;

@@ -21,7 +21,8 @@ TEST(slug, of_nothing_printable_is_source)
 
 TEST(slug, is_cut_without_a_dash_at_its_end)
 {
-    EXPECT_EQ(slug(std::string(59, 'a') + " b"), std::string(59, 'a'));
+    std::string const fits(59, 'a');
+    EXPECT_EQ(slug(fits + " b"), fits);
     EXPECT_EQ(slug(std::string(300, 'a')), std::string(60, 'a'));
 }
 

@@ -9,6 +9,7 @@ namespace quillo::testing {
 
 namespace {
 
+constexpr char const* payload_key = "payload";
 constexpr std::size_t most_waiting = 32; // pictures that nobody asked for yet
 
 std::int64_t now_ns()
@@ -67,6 +68,8 @@ rtsp_receiver::~rtsp_receiver() { gst_element_set_state(pipeline_.get(), GST_STA
 void rtsp_receiver::link(GstPad* pad)
 {
     auto const caps = adopt<caps_ptr>(gst_pad_get_current_caps(pad));
+    if (!caps) // at its end already
+        return;
     GstStructure const* const first = gst_caps_get_structure(caps.get(), 0);
     bool const video = std::string_view{gst_structure_get_string(first, "media")} == "video";
     char const* const description = video ? (kind_ == decode::raw ? "rtpvrawdepay ! appsink name=out sync=false"
@@ -83,7 +86,8 @@ void rtsp_receiver::link(GstPad* pad)
     callbacks.new_sample = video ? static_cast<taker>([](GstAppSink* sink, gpointer self) {
         auto const sample = adopt<sample_ptr>(gst_app_sink_pull_sample(sink));
         if (sample)
-            static_cast<rtsp_receiver*>(self)->take_picture(sample.get());
+            static_cast<rtsp_receiver*>(self)->take_picture(
+                sample.get(), GPOINTER_TO_INT(g_object_get_data(G_OBJECT(sink), payload_key)));
         return GST_FLOW_OK;
     })
                                  : static_cast<taker>([](GstAppSink* sink, gpointer self) {
@@ -92,6 +96,9 @@ void rtsp_receiver::link(GstPad* pad)
                                            static_cast<rtsp_receiver*>(self)->take_sound(sample.get());
                                        return GST_FLOW_OK;
                                    });
+    gint payload = 0;
+    gst_structure_get_int(first, "payload", &payload);
+    g_object_set_data(G_OBJECT(out.get()), payload_key, GINT_TO_POINTER(payload));
     gst_app_sink_set_callbacks(GST_APP_SINK(out.get()), &callbacks, this, nullptr);
     gst_bin_add(GST_BIN(pipeline_.get()), bin);
     auto const sink = adopt<pad_ptr>(gst_element_get_static_pad(bin, "sink"));
@@ -99,7 +106,7 @@ void rtsp_receiver::link(GstPad* pad)
     gst_element_sync_state_with_parent(bin);
 }
 
-void rtsp_receiver::take_picture(GstSample* sample)
+void rtsp_receiver::take_picture(GstSample* sample, int payload)
 {
     auto const arrived = now_ns();
     GstVideoInfo info;
@@ -120,7 +127,8 @@ void rtsp_receiver::take_picture(GstSample* sample)
                 GST_VIDEO_INFO_NAME(&info),
                 {},
                 static_cast<std::int64_t>(GST_BUFFER_PTS(buffer)),
-                arrived};
+                arrived,
+                payload};
     got.bytes = tight_bytes(*frame.get());
     std::lock_guard const lock{mutex_};
     ++pictures_;

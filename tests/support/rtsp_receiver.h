@@ -33,6 +33,7 @@ class rtsp_receiver
         std::vector<unsigned char> bytes; // rows without gaps
         std::int64_t pts_ns;
         std::int64_t arrived_ns; // CLOCK_MONOTONIC
+        int payload;             // number of its stream's payload type
     };
 
     rtsp_receiver(std::string const& url, over transport, decode kind);
@@ -59,7 +60,7 @@ class rtsp_receiver
 
   private:
     void link(GstPad* pad);
-    void take_picture(GstSample* sample);
+    void take_picture(GstSample* sample, int payload);
     void take_sound(GstSample* sample);
 
     element_ptr pipeline_;

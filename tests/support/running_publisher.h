@@ -10,6 +10,10 @@ namespace quillo::testing {
 
 struct running_publisher
 {
+    explicit running_publisher(publisher::publisher_settings const& settings)
+        : everything(settings), local(lock, everything)
+    {
+    }
     explicit running_publisher(std::string const& encoder = {}) : everything(settings(encoder)), local(lock, everything)
     {
     }
@@ -17,7 +21,12 @@ struct running_publisher
     static publisher::publisher_settings settings(std::string const& encoder)
     {
         gst_init(nullptr, nullptr);
-        return {{"127.0.0.1", 0}, encoder, false};
+        publisher::publisher_settings made;
+        made.rtsp.address = "127.0.0.1";
+        made.rtsp.port = 0;
+        made.encoder = encoder;
+        made.announce = false;
+        return made;
     }
 
     std::string socket() const { return open::socket_path(folder.path()); }

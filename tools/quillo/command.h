@@ -25,5 +25,6 @@ void add_play(CLI::App& app, int& exit_code);
 void add_sdkfile(CLI::App& app, int& exit_code);
 void add_serve(CLI::App& app, int& exit_code);
 void add_list(CLI::App& app, int& exit_code);
+void add_doctor(CLI::App& app, int& exit_code);
 
 } // namespace quillo

@@ -34,7 +34,7 @@ std::string url(discovery::found const& source, std::string address)
     std::string path = text_of(source, "path");
     if (!path.starts_with('/'))
         path.insert(path.begin(), '/');
-    return "rtsp://" + address + ":" + std::to_string(source.port) + path;
+    return (text_of(source, "tls") == "1" ? "rtsps://" : "rtsp://") + address + ":" + std::to_string(source.port) + path;
 }
 
 nlohmann::json to_json(discovery::found const& source)

@@ -18,6 +18,7 @@ int main(int argc, char** argv)
     quillo::add_sdkfile(app, exit_code);
     quillo::add_serve(app, exit_code);
     quillo::add_list(app, exit_code);
+    quillo::add_doctor(app, exit_code);
 
     try {
         app.parse(argc, argv);

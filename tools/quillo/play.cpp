@@ -77,6 +77,8 @@ play_options finish(typed& t)
     options.player.audio = t.audio == "on";
     if (!t.format.empty())
         options.player.only = t.format == "bgra" ? pixel_layout::bgra : pixel_layout::vuya;
+    if (options.player.out_s && *options.player.out_s <= options.player.in_s.value_or(0))
+        throw CLI::ValidationError("--out", "not behind --in");
     if (t.speed != 0)
         options.player.speed = t.speed;
     else if (options.player.scrub)
@@ -128,7 +130,7 @@ void add_play(CLI::App& app, int& exit_code)
         ->check(CLI::IsMember({"vuya", "bgra"}))
         ->option_text("vuya|bgra");
     play->add_option("--frames", options.player.push_limit, "end after so many frames")
-        ->check(CLI::PositiveNumber)
+        ->check([](std::string const& text) { return std::strtod(text.c_str(), nullptr) >= 1 ? "" : "at least 1"; })
         ->option_text("N");
 
     std::string const group = "Pattern";

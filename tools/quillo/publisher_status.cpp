@@ -51,10 +51,10 @@ open::descriptor connect_to(std::string const& path)
 
 } // namespace
 
-std::optional<nlohmann::json> publisher_status(std::chrono::milliseconds at_most)
+std::optional<nlohmann::json> publisher_status(std::chrono::milliseconds at_most, std::string const& folder)
 {
     auto const until = steady::now() + at_most;
-    open::descriptor const fd = connect_to(open::socket_path(open::runtime_folder()));
+    open::descriptor const fd = connect_to(open::socket_path(folder));
     protocol::header const request{protocol::magic, protocol::message::status_request, 0, 0};
     if (fd.get() < 0 || send(fd.get(), &request, sizeof request, MSG_NOSIGNAL) != sizeof request)
         return std::nullopt;

@@ -1,6 +1,8 @@
 // What the publisher of this user says about itself.
 #pragma once
 
+#include "sender/open/runtime_folder.h"
+
 #include <nlohmann/json.hpp>
 
 #include <chrono>
@@ -11,7 +13,8 @@
 namespace quillo {
 
 // None where no publisher answers in time.
-std::optional<nlohmann::json> publisher_status(std::chrono::milliseconds at_most);
+std::optional<nlohmann::json> publisher_status(std::chrono::milliseconds at_most,
+                                               std::string const& folder = open::runtime_folder());
 
 struct published_source
 {

@@ -1,15 +1,18 @@
 """Names on two machines, each a network namespace with a message bus and an avahi-daemon of its own.
 
-usage: network_test.py DISCOVERY_ANNOUNCE QUILLO [TEST...]
-The tests spend their time waiting for each other's names, so all of them run at once, each on a network of its own.
+usage: network_test.py DISCOVERY_ANNOUNCE QUILLO [--times] [TEST...]
+With --times names must come and go within the seconds that are promised on a machine that has time for it. The tests spend their time waiting for each other's names, so all of them run at once, each on a network of its own.
 Ends with 77, for "skipped", where namespaces may not be made.
 """
 import concurrent.futures
+import contextlib
 import itertools
 import json
 import os
 import queue
+import re
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -18,6 +21,7 @@ import time
 import unittest
 
 ANNOUNCE, QUILLO = sys.argv[1:3] if len(sys.argv) > 2 else ("", "")
+TIMES = "--times" in sys.argv[3:]
 PATIENCE = 15  # seconds; a limit for waiting, not a promise
 NOT_PERMITTED = 77
 NUMBERS = itertools.count()
@@ -99,6 +103,7 @@ class Machine:
         self.folder = os.path.join(folder, name)
         self.socket = os.path.join(self.folder, "bus")
         self.processes = []
+        self.hosts = []
         self.bus = self.daemon = None
         os.mkdir(self.folder)
         os.mkdir(os.path.join(self.folder, "run"))
@@ -112,9 +117,9 @@ class Machine:
         for link in ("lo", "eth0"):
             subprocess.run([*inside, "link", "set", link, "up"], check=True)
 
-    def run(self, *command):
+    def run(self, *command, **more):
         """In a host name of its own too."""
-        env = {**os.environ, "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={self.socket}"}
+        env = {**os.environ, "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={self.socket}", **more}
         inside = ["ip", "netns", "exec", self.space, "unshare", "--uts", "--mount", "sh", "-c",
                   f'hostname {self.name} && mkdir -p /run/avahi-daemon && mount --bind {self.folder}/run /run/avahi-daemon'
                   ' && exec "$@"', "sh", *command]
@@ -145,6 +150,24 @@ class Machine:
         return self.run(ANNOUNCE, machine, source, str(port), "path=/adobe-premiere-pro", f"name={source}", "id=00ff",
                         "version=1.0")
 
+    def play(self):
+        """A host with the real module; its sender starts the publisher."""
+        runtime = os.path.join(self.folder, "runtime")
+        os.makedirs(runtime, 0o700, exist_ok=True)
+        self.hosts.append(self.run(QUILLO, "play", "--pattern", "bars", "--size", "320x180", "--rate", "25", "--script",
+                                   QUILLO_RUNTIME_DIR=runtime, QUILLO_PUBLISHER=QUILLO))
+        return self.hosts[-1]
+
+    def stop_playing(self):
+        for host in self.hosts:
+            host.kill()
+        with contextlib.suppress(OSError):
+            self.kill_publisher(signal.SIGTERM)
+
+    def kill_publisher(self, how=signal.SIGKILL):
+        with open(os.path.join(self.folder, "runtime", "publisher.lock")) as file:
+            os.kill(int(file.read()), how)
+
     def listed(self, seconds=1):
         process = self.run(QUILLO, "list", "--json", "--seconds", str(seconds))
         return {one["name"]: one for one in json.loads("\n".join(process.rest()))}
@@ -168,6 +191,27 @@ class Machine:
         for process in reversed(self.processes):
             process.kill()
         subprocess.run(["ip", "netns", "del", self.space], check=False)
+
+
+class Browser:
+    """avahi-browse, as it tells of names that come and go."""
+
+    def __init__(self, machine):
+        self.process = machine.run("stdbuf", "-oL", "avahi-browse", "--parsable", "--no-db-lookup", "_rtsp._tcp")
+        self.told = []
+
+    def seconds_until(self, sign, name, since):
+        """sign + or -, which is told once for each protocol; a name may come before another is missed."""
+        wanted = (sign, name)
+        for when, what in self.told:
+            if what == wanted and when >= since:
+                return when - since
+        while True:
+            fields = self.process.wait_for("").split(";")
+            what = fields[0], re.sub(r"\\(\d{3})", lambda code: chr(int(code.group(1))), fields[3])
+            self.told.append((time.monotonic(), what))
+            if what == wanted:
+                return self.told[-1][0] - since
 
 
 class Discovery(unittest.TestCase):
@@ -204,6 +248,29 @@ class Discovery(unittest.TestCase):
         announcer.say("withdraw")
         self.beta.misses("studio (Adobe Premiere Pro)", 4)
         self.assertIsNone(announcer.popen.poll(), "the others of this process would stay")
+
+    def within(self, promised, seconds, what):
+        print(f"    {what}: {seconds:.1f} s", flush=True)
+        self.assertLess(seconds, promised if TIMES else PATIENCE, what)
+
+    def test_a_host_is_seen_renamed_and_missed(self):
+        self.start(self.alpha, self.beta)
+        browser = Browser(self.beta)
+        name = "alpha (Adobe Premiere Pro)"
+        began = time.monotonic()
+        first = self.alpha.play()
+        self.addCleanup(self.alpha.stop_playing)
+        self.within(2, browser.seconds_until("+", name, began), "a host and its publisher start, the name is seen")
+        began = time.monotonic()
+        self.alpha.play()
+        self.within(3, browser.seconds_until("+", f"{name} #2", began), "a second host is seen by another name")
+        began = time.monotonic()
+        first.popen.kill()
+        self.within(3, browser.seconds_until("-", name, began), "the first is killed, its name goes")
+        began = time.monotonic()
+        self.alpha.kill_publisher()
+        self.within(3, browser.seconds_until("-", f"{name} #2", began), "the publisher is killed, its name goes")
+        self.within(10, browser.seconds_until("+", name, began), "the second host has another publisher, and a name")
 
     def test_a_name_in_use_gets_a_number(self):
         self.start(self.alpha, self.beta)
@@ -302,4 +369,4 @@ if __name__ == "__main__":
     if problem := permitted():
         print(f"SKIPPED: network namespaces may not be made here: {problem}")
         sys.exit(NOT_PERMITTED)
-    sys.exit(0 if run_all(sys.argv[3:]) else 1)
+    sys.exit(0 if run_all([name for name in sys.argv[3:] if name != "--times"]) else 1)

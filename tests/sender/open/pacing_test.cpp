@@ -130,7 +130,7 @@ TEST(video_clock, DoesNotHoldUpAHostForEverWhoseFirstFrameWasLate)
 
 TEST(video_clock, IsNotTakenForALongRideByAHostThatWorksBetweenItsCalls)
 {
-    // It would be ready for a frame every 10 ms, and is held to its rate but for the first frames.
+    // It would be ready for a frame every 10 ms, and is held to its rate but for the first frames and one in 256.
     video_clock clock;
     auto now = start;
     clock.frame(now, 50, 1);
@@ -138,7 +138,24 @@ TEST(video_clock, IsNotTakenForALongRideByAHostThatWorksBetweenItsCalls)
         now = std::max(now + 10ms, clock.wait_until(now + 10ms));
         clock.frame(now, 50, 1);
     }
-    EXPECT_GE(now - start, 997 * 20ms);
+    EXPECT_GE(now - start, 993 * 20ms);
+}
+
+TEST(video_clock, LetsGoOfASteadyHostThatWasHeldUp)
+{
+    // Behind a stop of five frames the host sends all that it missed, and then keeps its old time.
+    video_clock clock;
+    auto const host_time = [](int frame) { return start + frame * 20ms; };
+    auto now = start;
+    steady::duration waited{};
+    for (int frame = 0; frame < 2000; ++frame) {
+        auto const call = std::max({host_time(frame), now + 3ms, frame >= 50 ? host_time(55) : start});
+        now = std::max(call, clock.wait_until(call));
+        waited = now - call;
+        clock.frame(now, 50, 1);
+    }
+    EXPECT_EQ(now, host_time(1999));
+    EXPECT_EQ(waited, steady::duration{});
 }
 
 TEST(video_clock, KeepsExactTime)

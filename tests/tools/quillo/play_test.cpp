@@ -110,6 +110,7 @@ TEST_F(PlayCommand, RefusesWhatItDoesNotUnderstand)
                                                       {"play", "--pattern", "bars", "file.mp4"},
                                                       {"play", "--format", "argb"},
                                                       {"play", "--frames", "0"},
+                                                      {"play", "--in", "5", "--out", "2"},
                                                       {"play", "--nonsense"}}) {
         EXPECT_EQ(run(arguments).code, exit_usage) << arguments[1];
     }

@@ -105,6 +105,19 @@ std::vector<clip_case> const& clip_cases()
          field_order::lower_first,
          1,
          0},
+        // Each field has 122 rows of chroma, the frame 243.
+        {"lower_first_odd_chroma",
+         ".mkv",
+         "testsrc2=s=72x486:r=60000/1001",
+         "-vf tinterlace=interleave_bottom,setfield=bff -c:v mpeg2video -q:v 3 -flags +ildct+ilme -top 0 -pix_fmt "
+         "yuv420p" +
+             bt709(),
+         "yuv420p",
+         72,
+         486,
+         {30000, 1001},
+         25,
+         field_order::lower_first},
         {"vertical",
          ".mp4",
          "testsrc2=s=36x64:r=25",
@@ -187,6 +200,8 @@ std::vector<unsigned char> expected(clip_case const& c, unsigned char const* fra
         int row = y;
         if (c.sub_y == 1)
             row = c.fields == field_order::progressive ? y / 2 : y / 4 * 2 + y % 2;
+        if (row >= chroma_height)
+            row -= 2; // the last one of its field
         for (int x = 0; x < c.width; ++x) {
             int const at = row * chroma_width + (x >> c.sub_x);
             picture.insert(picture.end(), {v[at], u[at], frame[y * c.width + x], 255});

@@ -45,7 +45,7 @@ void audio_stream::search(std::int64_t first)
 
 bool audio_stream::read_block()
 {
-    gst_ptr<GstSample> const sample = reader.next();
+    sample_ptr const sample = reader.next();
     GstMapInfo map;
     if (!sample || !gst_buffer_map(gst_sample_get_buffer(sample.get()), &map, GST_MAP_READ))
         return false;

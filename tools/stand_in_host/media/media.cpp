@@ -24,8 +24,8 @@ std::string uri_of(std::string const& path_or_uri)
     if (!std::ifstream(path_or_uri))
         refuse(std::strerror(errno));
     GError* error = nullptr;
-    gst_ptr<char> const uri(gst_filename_to_uri(path_or_uri.c_str(), &error));
-    gst_ptr<GError> const owned(error);
+    string_ptr const uri(gst_filename_to_uri(path_or_uri.c_str(), &error));
+    error_ptr const owned(error);
     if (!uri)
         refuse(error->message);
     return uri.get();

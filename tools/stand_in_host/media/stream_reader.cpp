@@ -20,7 +20,7 @@ void set_up_sink(GstElement* sink, stream_reader::kind kind)
     std::string const caps_text = kind == stream_reader::kind::video
                                       ? "video/x-raw, format=(string)" + std::string(readable_formats)
                                       : "audio/x-raw, format=(string)F32LE, layout=(string)interleaved";
-    gst_ptr<GstCaps> const caps(gst_caps_from_string(caps_text.c_str()));
+    caps_ptr const caps(gst_caps_from_string(caps_text.c_str()));
     g_object_set(sink, "caps", caps.get(), "sync", FALSE, "max-buffers", kind == stream_reader::kind::video ? 4u : 32u,
                  "enable-last-sample", FALSE, nullptr);
 }
@@ -58,10 +58,21 @@ struct stream_reader::callbacks
         gst_event_parse_tag(event, &tags);
         char* text = nullptr;
         if (gst_tag_list_get_string(tags, GST_TAG_IMAGE_ORIENTATION, &text)) {
-            gst_ptr<char> const owned(text);
+            string_ptr const owned(text);
             static_cast<stream_reader*>(self)->upright = parse_orientation(text);
         }
         return GST_PAD_PROBE_OK;
+    }
+
+    // Decoders say where the planes of a picture lie to those who ask for it. What the type alone lets one compute is
+    // wrong for woven 4:2:0 pictures with an odd number of chroma rows.
+    static GstPadProbeReturn asked_for_memory(GstPad*, GstPadProbeInfo* info, gpointer)
+    {
+        GstQuery* const query = gst_pad_probe_info_get_query(info);
+        if (GST_QUERY_TYPE(query) != GST_QUERY_ALLOCATION)
+            return GST_PAD_PROBE_OK;
+        gst_query_add_allocation_meta(query, GST_VIDEO_META_API_TYPE, nullptr);
+        return GST_PAD_PROBE_HANDLED;
     }
 
     static void pad_added(GstElement*, GstPad* pad, stream_reader* self) { self->link(pad); }
@@ -96,7 +107,7 @@ void stream_reader::open()
         gst_util_set_object_arg(G_OBJECT(convert.get()), "dither", "none");
     complete = false;
     linked = false;
-    gst_ptr<GstCaps> const raw(gst_caps_new_empty_simple(wanted == kind::video ? "video/x-raw" : "audio/x-raw"));
+    caps_ptr const raw(gst_caps_new_empty_simple(wanted == kind::video ? "video/x-raw" : "audio/x-raw"));
     gst_caps_set_features_simple(raw.get(), gst_caps_features_new_any());
     // Streams of other kinds are not decoded.
     GstElement* const decoder = make("uridecodebin");
@@ -131,14 +142,19 @@ void stream_reader::stop_and_release::operator()(GstElement* running) const
 // [streaming thread]
 void stream_reader::link(GstPad* pad)
 {
-    gst_ptr<GstCaps> const pad_caps(gst_pad_query_caps(pad, nullptr));
+    caps_ptr const pad_caps(gst_pad_query_caps(pad, nullptr));
     char const* const media_type = gst_structure_get_name(gst_caps_get_structure(pad_caps.get(), 0));
     if (linked || !g_str_has_prefix(media_type, wanted == kind::video ? "video/" : "audio/"))
         return;
     linked = true;
 
+    if (wanted == kind::video) {
+        pad_ptr const asked(gst_element_get_static_pad(sink.get(), "sink"));
+        gst_pad_add_probe(asked.get(), GST_PAD_PROBE_TYPE_QUERY_DOWNSTREAM, callbacks::asked_for_memory, nullptr,
+                          nullptr);
+    }
     gst_element_link(convert.get(), sink.get());
-    gst_ptr<GstPad> const target(gst_element_get_static_pad(convert.get(), "sink"));
+    pad_ptr const target(gst_element_get_static_pad(convert.get(), "sink"));
     gst_pad_add_probe(target.get(), GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, callbacks::event_passes, this, nullptr);
     gst_pad_link(pad, target.get());
 }
@@ -147,7 +163,7 @@ void stream_reader::fail(GstMessage* error_message)
 {
     GError* error = nullptr;
     gst_message_parse_error(error_message, &error, nullptr);
-    gst_ptr<GError> const owned(error);
+    error_ptr const owned(error);
     if (!linked && saw_audio && wanted == kind::video && missing_decoder.empty()) {
         absent = true; // the error only says that nobody takes the sound
         return;
@@ -160,14 +176,14 @@ void stream_reader::fail(GstMessage* error_message)
 
 void stream_reader::check_bus()
 {
-    while (gst_ptr<GstMessage> const message{gst_bus_pop(bus.get())}) {
+    while (message_ptr const message{gst_bus_pop(bus.get())}) {
         switch (GST_MESSAGE_TYPE(message.get())) {
         case GST_MESSAGE_ERROR:
             fail(message.get());
             break;
         case GST_MESSAGE_ELEMENT:
             if (gst_is_missing_plugin_message(message.get()))
-                missing_decoder = gst_ptr<char>(gst_missing_plugin_message_get_description(message.get())).get();
+                missing_decoder = string_ptr(gst_missing_plugin_message_get_description(message.get())).get();
             break;
         default:
             break;
@@ -177,19 +193,19 @@ void stream_reader::check_bus()
 
 GstCaps* stream_reader::caps() const { return gst_sample_get_caps(first.get()); }
 
-gst_ptr<GstSample> stream_reader::try_pull()
+sample_ptr stream_reader::try_pull()
 {
-    gst_ptr<GstSample> const shared(gst_app_sink_try_pull_sample(GST_APP_SINK(sink.get()), poll_time));
+    sample_ptr const shared(gst_app_sink_try_pull_sample(GST_APP_SINK(sink.get()), poll_time));
     // The sink writes into the sample again after a search, unless somebody holds it; so hold a copy, which shares the
     // picture.
-    return gst_ptr<GstSample>(shared ? gst_sample_copy(shared.get()) : nullptr);
+    return sample_ptr(shared ? gst_sample_copy(shared.get()) : nullptr);
 }
 
-gst_ptr<GstSample> stream_reader::pull()
+sample_ptr stream_reader::pull()
 {
     auto const give_up = std::chrono::steady_clock::now() + stall_limit;
     while (true) {
-        if (gst_ptr<GstSample> sample = try_pull())
+        if (sample_ptr sample = try_pull())
             return sample;
         if (gst_app_sink_is_eos(GST_APP_SINK(sink.get())))
             return nullptr;
@@ -206,7 +222,7 @@ GstSample* stream_reader::peek()
     return held.get();
 }
 
-gst_ptr<GstSample> stream_reader::next()
+sample_ptr stream_reader::next()
 {
     peek();
     return std::move(held);

@@ -1,7 +1,7 @@
 // One elementary stream of an input, decoded a little ahead.
 #pragma once
 
-#include "tools/stand_in_host/media/gst_ptr.h"
+#include "lib/gst/gst_ptr.h"
 #include "tools/stand_in_host/media/orientation.h"
 
 #include <atomic>
@@ -38,7 +38,7 @@ class stream_reader
     GstCaps* caps() const;
 
     // The next buffer; null at the end of the stream.
-    gst_ptr<GstSample> next();
+    sample_ptr next();
 
     // The buffer that next would give, kept.
     GstSample* peek();
@@ -66,8 +66,8 @@ class stream_reader
 
     void open();
     GstElement* make(char const* element) const;
-    gst_ptr<GstSample> try_pull();
-    gst_ptr<GstSample> pull();
+    sample_ptr try_pull();
+    sample_ptr pull();
     void check_bus();
     void link(GstPad* pad);
     void fail(GstMessage* error_message);
@@ -80,12 +80,12 @@ class stream_reader
     std::atomic<bool> saw_audio = false;
     std::atomic<bool> complete = false; // all streams are known
     std::atomic<bool> linked = false;
-    gst_ptr<GstElement> convert;
-    gst_ptr<GstElement> sink;
+    element_ptr convert;
+    element_ptr sink;
     std::unique_ptr<GstElement, stop_and_release> pipeline; // behind all that its threads use
-    gst_ptr<GstBus> bus;
-    gst_ptr<GstSample> first; // kept for its caps
-    gst_ptr<GstSample> held;
+    bus_ptr bus;
+    sample_ptr first; // kept for its caps
+    sample_ptr held;
     std::string missing_decoder;
     bool absent = false;
 };

@@ -35,7 +35,7 @@ class video_stream
     struct picture
     {
         std::int64_t frame;
-        gst_ptr<GstSample> sample;
+        sample_ptr sample;
     };
 
     std::int64_t frame_of(GstSample* sample) const;

@@ -1,0 +1,53 @@
+// Somebody who says one thing to a server on this machine, and listens until the connection ends.
+#pragma once
+
+#include "sender/open/descriptor.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+
+namespace quillo::fuzz {
+
+// From another address each time: one address has not so many ports.
+inline open::descriptor connection(int port)
+{
+    static std::uint32_t last = 0;
+    last = (last + 1) % 0xFFFF00;
+    open::descriptor made{::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)};
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(0x7F000001 + last);
+    if (::bind(made.get(), reinterpret_cast<sockaddr const*>(&address), sizeof address) != 0)
+        std::abort();
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(static_cast<std::uint16_t>(port));
+    if (::connect(made.get(), reinterpret_cast<sockaddr const*>(&address), sizeof address) != 0)
+        std::abort();
+    return made;
+}
+
+// A server that does not let go of one who has said his last word within two seconds is at fault.
+inline void say(int port, std::uint8_t const* data, std::size_t size)
+{
+    auto const socket = connection(port);
+    ::send(socket.get(), data, size, MSG_NOSIGNAL | MSG_DONTWAIT);
+    ::shutdown(socket.get(), SHUT_WR);
+    for (char answer[4096];;) {
+        pollfd waiting{socket.get(), POLLIN, 0};
+        if (::poll(&waiting, 1, 2000) == 0) {
+            std::fprintf(stderr, "the server holds on to a connection that has ended\n");
+            std::abort();
+        }
+        if (::recv(socket.get(), answer, sizeof answer, 0) <= 0)
+            return;
+    }
+}
+
+} // namespace quillo::fuzz
