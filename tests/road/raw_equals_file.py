@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
-"""raw_equals_file.py FILE [SECONDS]: plays FILE through the module and compares every frame that ffmpeg and GStreamer
-receive from the raw mount, byte for byte, with an independent conversion of the file's frames."""
+"""raw_equals_file.py FILE [SECONDS [FOLDER]]: plays FILE through the module and compares every frame that ffmpeg and GStreamer
+receive from the raw mount, byte for byte, with an independent conversion of the file's frames. Different ones go into
+FOLDER, as UYVY."""
 
+import os
 import sys
 
 import road
@@ -22,6 +24,7 @@ def judge(receiver, received, complaints, place_of, total):
 def main():
     path = sys.argv[1]
     seconds = float(sys.argv[2]) if len(sys.argv) > 2 else 10
+    folder = sys.argv[3] if len(sys.argv) > 3 else None
     video = next(s for s in road.probe(path) if s["codec_type"] == "video")
     lower_first = video.get("field_order") in ("bb", "tb")
     place_of = {}
@@ -32,6 +35,11 @@ def main():
     total = place + 1
     lines, size = len(rows), sum(len(row) for row in rows)
 
+    def keep(index, digest, data):
+        if folder and digest not in place_of:
+            with open(os.path.join(folder, f"{os.path.basename(path)}-{index}.uyvy"), "wb") as file:
+                file.write(data)
+
     with road.Road() as lab:
         lab.play(path, "--loop")
         source = lab.source()
@@ -40,9 +48,9 @@ def main():
         print(f"{path}: {video['width']}x{video['height']} {video['r_frame_rate']}, {total} frames; announced {shape}")
         good = shape["height"] == lines
         rate = shape["rate"][0] / shape["rate"][1]
-        digests, complaints = road.frames_of(road.receive_ffmpeg(url, seconds), size, seconds + 30)
+        digests, complaints = road.frames_of(road.receive_ffmpeg(url, seconds), size, seconds + 30, keep)
         good = judge("ffmpeg", digests, complaints, place_of, total) and good
-        digests, complaints = road.frames_of(road.receive_gstreamer(url, int(seconds * rate)), size, seconds + 30)
+        digests, complaints = road.frames_of(road.receive_gstreamer(url, int(seconds * rate)), size, seconds + 30, keep)
         good = judge("GStreamer", digests, complaints, place_of, total) and good
     return 0 if good else 1
 

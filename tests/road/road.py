@@ -8,6 +8,7 @@ import contextlib
 import hashlib
 import json
 import os
+import re
 import shutil
 import signal
 import socket
@@ -30,12 +31,23 @@ def quillo():
     return os.path.join(build_folder(), "tools", "quillo", "quillo")
 
 
-class Road:
-    """A runtime folder of its own, a player, and the publisher that the sender starts."""
+def free_port():
+    with socket.socket() as sock:
+        sock.bind(("127.0.0.1", 0))
+        return sock.getsockname()[1]
 
-    def __init__(self, port=0):
+
+class Road:
+    """A runtime folder of its own, a player, and the publisher that the sender starts. With a port of its own the
+    publisher comes back at the same address, whoever else publishes on this machine."""
+
+    def __init__(self):
         self.folder = tempfile.mkdtemp(prefix="quillo-road-")
-        self.env = dict(os.environ, QUILLO_RUNTIME_DIR=self.folder, QUILLO_PUBLISHER=quillo())
+        publisher = os.path.join(self.folder, "publisher")
+        with open(publisher, "w", encoding="utf-8") as script:
+            script.write(f'#!/bin/sh\nexec "{quillo()}" "$@" --port {free_port()}\n')
+        os.chmod(publisher, 0o700)
+        self.env = dict(os.environ, QUILLO_RUNTIME_DIR=self.folder, QUILLO_PUBLISHER=publisher)
         self.processes = []
 
     def __enter__(self):
@@ -62,9 +74,6 @@ class Road:
         process = subprocess.Popen(arguments, env=self.env, **kwargs)
         self.processes.append(process)
         return process
-
-    def serve(self, *options):
-        return self.start([quillo(), "serve", *options])
 
     def play(self, *options, **kwargs):
         return self.start([quillo(), "play", *options], **kwargs)
@@ -137,7 +146,8 @@ def file_pictures(path):
 
     def chroma_row(row):
         """Of woven fields each has chroma lines of its own, every second one."""
-        return (row >> 2) * 2 + (row & 1) if woven else row >> down
+        chroma = (row >> 2) * 2 + (row & 1) if woven else row >> down
+        return chroma if chroma < chroma_height else chroma - 2
 
     process = subprocess.Popen(["ffmpeg", "-v", "error", "-i", path, "-map", "0:v:0", "-f", "rawvideo", "-vsync", "0",
                                 "-pix_fmt", pixels, "-"], stdout=subprocess.PIPE, stdin=subprocess.DEVNULL)
@@ -172,7 +182,7 @@ def receive_gstreamer(url, frames, pixels="UYVY"):
             "identity", f"eos-after={frames + 1}", "!", "fdsink", "fd=1", "sync=false"]
 
 
-def frames_of(arguments, size, seconds=120):
+def frames_of(arguments, size, seconds=120, look=lambda index, digest, data: None):
     """The digests of the frames that a receiver writes, and its complaints."""
     process = subprocess.Popen(arguments, stdout=subprocess.PIPE, stderr=subprocess.PIPE, stdin=subprocess.DEVNULL)
     digests = []
@@ -182,7 +192,47 @@ def frames_of(arguments, size, seconds=120):
         if len(data) < size:
             break
         digests.append(hashlib.blake2b(data, digest_size=16).digest())
+        look(len(digests) - 1, digests[-1], data)
     process.kill()
     complaints = process.stderr.read().decode(errors="replace")
     process.wait()
     return digests, complaints
+
+
+def record_ffmpeg(url, seconds, transport="tcp"):
+    """What ffmpeg writes of both streams in so many seconds: the times of each, and its complaints."""
+    result = run(["ffmpeg", "-nostdin", "-v", "error", "-rtsp_transport", transport, "-i", url, "-t", str(seconds),
+                  "-map", "0:v", "-map", "0:a", "-c", "copy", "-f", "framecrc", "-"], seconds + 60)
+    text = result.stdout.decode()
+    unit = {stream: int(n) / int(d) for stream, n, d in re.findall(r"^#tb (\d): (\d+)/(\d+)$", text, re.M)}
+    times = {"0": [], "1": []}
+    for stream, when in re.findall(r"^(\d),\s*-?\d+,\s*(-?\d+),", text, re.M):
+        times[stream].append(int(when) * unit[stream])
+    return {"video": times["0"], "audio": times["1"]}, result.stderr.decode().strip()
+
+
+DECODERS = {"": ("rtph264depay ! h264parse ! avdec_h264", "rtpopusdepay ! opusdec"),
+            "/raw": ("rtpvrawdepay", "rtpL24depay")}
+
+
+def gstreamer_line(url, video, audio, protocols="tcp"):
+    return (f"rtspsrc location={url} protocols={protocols} latency=200 name=s "
+            f"s. ! application/x-rtp,media=video ! {video} s. ! application/x-rtp,media=audio ! {audio}").split()
+
+
+def record_gstreamer(url, mount, seconds):
+    """What GStreamer gives of both streams in so many seconds: the types that it found, and the times of each."""
+    video, audio = (f"{decoder} ! fakesink name={name} silent=false sync=false async=false"
+                    for decoder, name in zip(DECODERS[mount], ("video", "audio")))
+    result = run(["timeout", "-s", "INT", str(seconds + 2), "gst-launch-1.0", "-v", *gstreamer_line(url, video, audio)],
+                 seconds + 60)
+    text = result.stdout.decode(errors="replace")
+    types, times = {}, {}
+    for name in ("video", "audio"):
+        types[name] = dict(re.findall(r"([a-z-]+)=\(\w+\)\"?([^,;\"\n]+)", "".join(
+            re.findall(rf"GstFakeSink:{name}.GstPad:sink: caps = ({name}/.*)", text)[-1:])))
+        told = re.findall(rf"GstFakeSink:{name}: last-message = (chain .*)", text)
+        told = [line for before, line in zip([""] + told, told) if line != before]  # one buffer may be told twice
+        times[name] = [sum(float(part) * unit for part, unit in zip(when.split(":"), (3600, 60, 1)))
+                       for line in told for when in re.findall(r"pts: ([\d:.]+)", line)]
+    return types, times, result.stderr.decode(errors="replace").strip()

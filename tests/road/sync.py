@@ -1,7 +1,10 @@
 #!/usr/bin/env python3
-"""sync.py [SECONDS]: how far sound and picture lie apart at a receiver. Plays flashes with beeps and measures, as ffmpeg
-receives them, the time from each flash to its beep; steadily, and with a pause, a seek and a loop on the way."""
+"""sync.py [--seconds N] [--short] [CASE...]: how far sound and picture lie apart at a receiver. Plays flashes with beeps and
+measures, as ffmpeg and GStreamer receive them, the time from each flash to its beep; steadily, and with a pause, a seek and
+a loop on the way. Times are the presentation times that the receiver gives to the decoded streams."""
 
+import argparse
+import concurrent.futures
 import os
 import re
 import subprocess
@@ -11,11 +14,11 @@ import time
 
 import road
 
-BRIGHT = 100  # mean luma of a flash
+BRIGHT = 100  # mean luma of a flash, of 255
 LOUD = -40.0  # dB of a beep
 
 
-def receive(url, seconds, transport="tcp"):
+def by_ffmpeg(url, _, seconds, transport="tcp"):
     """Times of the flashes and of the beeps, in seconds of the received streams."""
     video_in, video_out = os.pipe()
     audio_in, audio_out = os.pipe()
@@ -39,12 +42,28 @@ def receive(url, seconds, transport="tcp"):
     errors = process.communicate(timeout=seconds + 60)[1].decode()
     for thread in threads:
         thread.join()
-    return onsets(texts["video"], BRIGHT), onsets(texts["audio"], LOUD), errors
+    told = r"pts_time:(\S+)\n\S+=(\S+)"
+    return onsets(re.findall(told, texts["video"]), BRIGHT), onsets(re.findall(told, texts["audio"]), LOUD), errors
 
 
-def onsets(text, threshold):
+def by_gstreamer(url, mount, seconds, transport="tcp"):
+    """Likewise. Running times: what a sink would show them by."""
+    video, audio = road.DECODERS[mount]
+    video += " ! videoconvert ! videoanalyse ! fakesink sync=false async=false"
+    audio += " ! audioconvert ! level interval=1000000 ! fakesink sync=false async=false"
+    result = road.run(["timeout", "-s", "INT", str(seconds + 2), "gst-launch-1.0", "-m",
+                       *road.gstreamer_line(url, video, audio, transport)], seconds + 60)
+    text = result.stdout.decode(errors="replace")
+    nanoseconds = r"running-time=\(guint64\)(\d+)"
+    flashes = re.findall(rf"GstVideoAnalyse, .*?{nanoseconds}.*?luma-average=\(double\)([\d.e+-]+)", text)
+    beeps = re.findall(rf"level, .*?{nanoseconds}.*?rms=\(\w+\)< ([^,> ]+)", text)
+    return (onsets([(int(when) / 1e9, float(luma) * 255) for when, luma in flashes], BRIGHT),
+            onsets([(int(when) / 1e9, level) for when, level in beeps], LOUD), result.stderr.decode(errors="replace"))
+
+
+def onsets(levels, threshold):
     times, above = [], True
-    for when, value in re.findall(r"pts_time:(\S+)\n\S+=(\S+)", text):
+    for when, value in levels:
         now = value not in ("-inf", "nan") and float(value) > threshold
         if now and not above:
             times.append(float(when))
@@ -57,7 +76,7 @@ def apart(flashes, beeps):
     return [min((beep - flash for beep in beeps), key=abs) * 1000 for flash in flashes if beeps]
 
 
-def measure(name, mount, seconds, commands, options=()):
+def measure(receiver, case, mount, seconds, commands, options=()):
     with road.Road() as lab:
         player = lab.play("--pattern", "flash", "--size", "640x360", "--rate", "50", "--script", *options, stdin=subprocess.PIPE)
         url = lab.source()["url"] + mount
@@ -71,24 +90,37 @@ def measure(name, mount, seconds, commands, options=()):
 
         driver = threading.Thread(target=drive)
         driver.start()
-        flashes, beeps, errors = receive(url, seconds)
+        flashes, beeps, errors = receiver(url, mount, seconds)
         driver.join()
         distances = [d for d in apart(flashes, beeps) if abs(d) < 300]
         worst = max(distances, key=abs) if distances else float("nan")
         good = len(distances) >= min(3, seconds // 2) and abs(worst) <= 20
-        print(f"{name:8} {mount or '/':5} {len(flashes)} flashes, {len(beeps)} beeps, "
-              f"apart {' '.join(f'{d:+.0f}' for d in distances)} ms: {'good' if good else 'BAD'}")
+        print(f"{receiver.__name__[3:]:9} {case:7} {mount or '/':5} {len(flashes)} flashes, {len(beeps)} beeps, "
+              f"apart {' '.join(f'{d:+.0f}' for d in distances)} ms: {'good' if good else 'BAD ' + errors.strip()}", flush=True)
         return good
 
 
+CASES = {
+    "steady": ([], ()),
+    "pause": ([(3, "pause"), (1.3, "play")], ()),
+    "seek": ([(3, "seek 20.4"), (2, "seek 3.1")], ()),
+    "loop": ([], ("--loop", "--in", "2", "--out", "5.3")),
+}
+
+
 def main():
-    seconds = int(sys.argv[1]) if len(sys.argv) > 1 else 8
-    cases = {"steady": [], "pause": [(3, "pause"), (1.3, "play")], "seek": [(3, "seek 20.4"), (2, "seek 3.1")]}
-    results = []
-    for mount in ("", "/raw"):
-        results += [measure(name, mount, seconds, commands) for name, commands in cases.items()]
-        results.append(measure("loop", mount, seconds, [], ("--loop", "--in", "2", "--out", "5.3")))
-    return 0 if all(results) else 1
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("cases", nargs="*", choices=[[], *CASES], metavar="CASE")
+    parser.add_argument("--seconds", type=int, default=8)
+    parser.add_argument("--short", action="store_true", help="4 seconds, without anything on the way")
+    options = parser.parse_args()
+    cases = ["steady"] if options.short else options.cases or list(CASES)
+    seconds = 4 if options.short else options.seconds
+    jobs = [(receiver, case, mount, seconds, *CASES[case])
+            for receiver in (by_ffmpeg, by_gstreamer) for mount in ("", "/raw") for case in cases]
+    with concurrent.futures.ThreadPoolExecutor(len(jobs) if options.short else 1) as pool:
+        return 0 if all(list(pool.map(lambda job: measure(*job), jobs))) else 1
 
 
-sys.exit(main())
+if __name__ == "__main__":
+    sys.exit(main())
