@@ -11,9 +11,9 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <optional>
 
 namespace quillo::publisher {
 
@@ -74,23 +74,23 @@ class directory : public channel_directory
     directory(publisher& owner, std::shared_ptr<open::waker> waker) : owner_(owner), waker_(std::move(waker)) {}
     ~directory() override
     {
-        if (source_)
-            owner_.close_source(source_);
+        if (held_)
+            owner_.close_source(*held_);
     }
 
     std::shared_ptr<channel_events> open_source(introduction const& who) override
     {
-        source_ = owner_.open_source(who, [waker = waker_] { waker->wake(); });
-        return source_;
+        held_ = owner_.open_source(who, [waker = waker_] { waker->wake(); });
+        return held_ ? held_->of : nullptr;
     }
     std::string status() override { return owner_.status(); }
 
-    std::shared_ptr<source> const& opened() const { return source_; }
+    std::optional<held_source> const& held() const { return held_; }
 
   private:
     publisher& owner_;
     std::shared_ptr<open::waker> const waker_;
-    std::shared_ptr<source> source_;
+    std::optional<held_source> held_;
 };
 
 } // namespace
@@ -171,37 +171,60 @@ void channel_server::reap(bool all)
 void channel_server::serve(connection& self, open::descriptor connected)
 {
     directory opened{owner_, self.waker};
-    channel peer{std::move(connected), opened};
-    auto const began = clock::now();
-    std::optional<bool> told;
     try {
-        while (!stopping_) {
-            auto const& source = opened.opened();
-            bool const wanted = source && source->wanted();
-            if (source && told != wanted) {
-                if (!peer.send_wants(wanted, wanted))
-                    return;
-                told = wanted;
-            }
-            int const timeout = wanted ? static_cast<int>(tick_interval.count()) : peer.introduced() ? -1 : 1000;
-            short const events = static_cast<short>(peer.wants_to_write() ? POLLIN | POLLOUT : POLLIN);
-            pollfd waiting[2] = {{peer.fd(), events, 0}, {self.waker->fd(), POLLIN, 0}};
-            ::poll(waiting, 2, timeout);
-            if (waiting[1].revents & POLLIN)
-                self.waker->drain();
-            if ((waiting[0].revents & POLLOUT) && !peer.flush())
-                return;
-            if ((waiting[0].revents & (POLLIN | POLLHUP | POLLERR)) && !peer.receive())
-                return;
-            if (source)
-                last_source_ = clock::now().time_since_epoch().count();
-            if (wanted)
-                source->tick(monotonic_ns());
-            if (!peer.introduced() && clock::now() - began > silence_allowed)
-                return;
-        }
+        channel peer{std::move(connected), opened};
+        talk(self, peer, opened.held());
     } catch (protocol_error const& error) {
         log::warning("a local connection was ended: ", error.what());
+    }
+    if (opened.held())
+        keep_slate(self, *opened.held());
+}
+
+// Until one of the two has enough.
+void channel_server::talk(connection& self, channel& peer, std::optional<held_source> const& held)
+{
+    auto const began = clock::now();
+    std::optional<bool> told;
+    while (!stopping_) {
+        bool const wanted = held && held->of->wanted();
+        if (held && told != wanted) {
+            if (!peer.send_wants(wanted, wanted))
+                return;
+            told = wanted;
+        }
+        int const timeout = wanted ? static_cast<int>(tick_interval.count()) : peer.introduced() ? -1 : 1000;
+        short const events = static_cast<short>(peer.wants_to_write() ? POLLIN | POLLOUT : POLLIN);
+        pollfd waiting[2] = {{peer.fd(), events, 0}, {self.waker->fd(), POLLIN, 0}};
+        ::poll(waiting, 2, timeout);
+        if (waiting[1].revents & POLLIN)
+            self.waker->drain();
+        if ((waiting[0].revents & POLLOUT) && !peer.flush())
+            return;
+        if ((waiting[0].revents & (POLLIN | POLLHUP | POLLERR)) && !peer.receive())
+            return;
+        if (held)
+            last_source_ = clock::now().time_since_epoch().count();
+        if (wanted)
+            held->of->tick(monotonic_ns());
+        if (!peer.introduced() && clock::now() - began > silence_allowed)
+            return;
+    }
+}
+
+// Nobody sends any more. Until a sender comes back, or for as long as viewers are to be kept.
+void channel_server::keep_slate(connection& self, held_source const& held)
+{
+    auto const until = clock::now() + owner_.leave_source(held);
+    while (!stopping_ && clock::now() < until && owner_.waits(held)) {
+        bool const watched = held.of->wanted();
+        auto const left = std::chrono::ceil<std::chrono::milliseconds>(until - clock::now());
+        pollfd waiting{self.waker->fd(), POLLIN, 0};
+        ::poll(&waiting, 1, static_cast<int>((watched ? std::min(left, tick_interval) : left).count()));
+        self.waker->drain();
+        if (watched)
+            held.of->tick(monotonic_ns());
+        last_source_ = clock::now().time_since_epoch().count();
     }
 }
 

@@ -10,6 +10,7 @@
 #include <list>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -64,6 +65,8 @@ class channel_server
     void start(open::descriptor connected);
     void reap(bool all);
     void serve(connection& self, open::descriptor connected);
+    void talk(connection& self, channel& peer, std::optional<held_source> const& held);
+    void keep_slate(connection& self, held_source const& held);
 
     std::string const path_; // empty: not ours to take away
     publisher& owner_;

@@ -43,6 +43,7 @@ class encoded_feed : public listener
     void format(picture_format const& pictures, sound_format const& sound) override;
     void picture(GstBuffer* fill) override;
     void sound(placed_sound const& block) override;
+    void away() override {}
     void ended() override;
 
   private:

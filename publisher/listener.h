@@ -36,6 +36,9 @@ class listener
 
     virtual void sound(placed_sound const& block) = 0;
 
+    // The sender has gone and may come back; a slate and silence come from here on. Whoever has no use for them ends.
+    virtual void away() { ended(); }
+
     // The sender has gone; nothing comes any more.
     virtual void ended() = 0;
 };

@@ -2,6 +2,8 @@
 
 #include "publisher/caps.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstring>
 
 namespace quillo::publisher {
@@ -9,8 +11,25 @@ namespace quillo::publisher {
 namespace {
 
 constexpr unsigned char black_uyvy[4] = {128, 16, 128, 16};
+constexpr int slate_share = 4; // of the light, one part stays
 
 using copier = void (*)(sent_picture const&, picture_format const&, unsigned char*, std::size_t);
+
+void slate_of_uyvy(unsigned char const* from, unsigned char* to, int width)
+{
+    for (int k = 0; k < 2 * width; k += 2) {
+        to[k] = 128;
+        to[k + 1] = static_cast<unsigned char>(16 + std::max(0, from[k + 1] - 16) / slate_share);
+    }
+}
+
+void slate_of_bgr(unsigned char const* from, unsigned char* to, int width)
+{
+    for (int k = 0; k < 3 * width; k += 3) {
+        int const luma = (19 * from[k] + 183 * from[k + 1] + 54 * from[k + 2]) / 256; // BT.709
+        std::memset(to + k, luma / slate_share, 3);
+    }
+}
 
 bool copy_into(GstBuffer* buffer, GstVideoInfo const& info, sent_picture const& sent, picture_format const& shape,
                copier copy)
@@ -101,6 +120,15 @@ buffer_ptr picture_store::black()
         for (std::size_t k = 0; k + 4 <= size; k += 4)
             std::memcpy(data + k, black_uyvy, 4);
     return buffer;
+}
+
+buffer_ptr picture_store::slate(GstBuffer* last)
+{
+    auto const row = format_.layout == fill::bgr ? slate_of_bgr : slate_of_uyvy;
+    return converted(last, fills_.info(), fills_, [row](plane from, plane to, int width, int height) {
+        for (int y = 0; y < height; ++y)
+            row(from.data + std::ptrdiff_t{y} * from.stride, to.data + std::ptrdiff_t{y} * to.stride, width);
+    });
 }
 
 buffer_ptr restamped(GstBuffer* picture, std::int64_t time_ns)

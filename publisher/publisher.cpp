@@ -14,6 +14,8 @@ namespace quillo::publisher {
 
 namespace {
 
+using namespace std::chrono_literals;
+
 constexpr std::size_t max_remembered = 256;
 
 struct uncompressed
@@ -58,15 +60,17 @@ std::string shown_address(std::string const& listening)
 publisher::publisher(publisher_settings const& settings)
     : receivers_(std::make_shared<receivers>(settings.limits)), encoder_(encoder_for_all(settings.encoder)),
       encrypted_(settings.rtsp.locks.certificate != nullptr), password_(!settings.rtsp.locks.user.empty()),
-      server_(settings.rtsp, receivers_), address_(shown_address(settings.rtsp.address))
+      slate_(settings.slate), server_(settings.rtsp, receivers_), address_(shown_address(settings.rtsp.address))
 {
     // What only this machine can reach is not called out.
     if (settings.announce && !is_loopback(settings.rtsp.address))
         announcer_ = std::make_unique<discovery::announcer>([](std::string const& line) { log::warning(line); });
 }
 
-void publisher::change(door_settings const& doors, rtsp_locks const& locks, viewer_limits const& limits)
+void publisher::change(door_settings const& doors, rtsp_locks const& locks, viewer_limits const& limits,
+                       std::chrono::seconds slate)
 {
+    slate_ = slate;
     receivers_->set_limits(limits);
     server_.change(doors, locks);
     password_ = !locks.user.empty();
@@ -82,8 +86,8 @@ std::string publisher::free_path(introduction const& who)
     for (int number = 1;; ++number) {
         std::string const path = number == 1 ? base : base + "-" + std::to_string(number);
         auto const taken = paths_.find(path);
-        bool const live =
-            std::any_of(sources_.begin(), sources_.end(), [&](auto const& s) { return s->path() == path; });
+        bool const live = std::any_of(sources_.begin(), sources_.end(),
+                                      [&](auto const& s) { return s->path() == path && !s->is_away(); });
         if (live)
             continue;
         // A sender that is gone keeps its path only against those that would rather have another one anyway.
@@ -96,36 +100,93 @@ std::string publisher::free_path(introduction const& who)
     }
 }
 
-std::shared_ptr<source> publisher::open_source(introduction const& who, std::function<void()> wake)
+std::optional<held_source> publisher::open_source(introduction const& who, std::function<void()> wake)
 {
     std::lock_guard const lock{mutex_};
-    auto const same =
-        std::find_if(sources_.begin(), sources_.end(), [&](auto const& s) { return s->who().id == who.id; });
-    if (same != sources_.end()) {
-        auto const old = *same;
-        sources_.erase(same);
-        withdraw(*old);
-        old->close();
+    auto const find = [this](auto const& fits) {
+        auto const found = std::find_if(sources_.begin(), sources_.end(), fits);
+        return found == sources_.end() ? nullptr : *found;
+    };
+    // The sender's last connection has broken, and nobody has noticed yet.
+    if (auto const same = find([&](auto const& s) { return s->who().id == who.id && !s->is_away(); }))
+        time_away() > 0s ? leave(*same) : close(same);
+    auto const place = free_path(who);
+    if (auto const waiting = find([&](auto const& s) { return s->path() == place; })) {
+        resume(waiting, who, std::move(wake));
+        return held_source{waiting, waiting->senders()};
     }
-    if (sources_.size() >= max_sources)
-        return nullptr;
+    if (sources_.size() >= max_sources) {
+        auto const waiting = find([](auto const& s) { return s->is_away(); });
+        if (!waiting)
+            return std::nullopt;
+        close(waiting);
+    }
 
-    auto const made = std::make_shared<source>(who, free_path(who), std::move(wake));
+    auto const made = std::make_shared<source>(who, place, std::move(wake));
     sources_.push_back(made);
     ++changes_;
-    std::string const path = "/" + made->path();
     if (encoder_)
-        server_.serve(path, encoded_[made.get()] = std::make_shared<encoded_mount>(made, receivers_, *encoder_));
-    for (auto const& [name, make] : raw_mounts)
-        server_.serve(path + "/" + name, std::make_shared<raw_mount>(made, receivers_, name, make));
-    log::info("source \"", who.name, "\" of process ", who.pid, " is at ", url(made->path()));
+        server_.serve("/" + place, encoded_[made.get()] = std::make_shared<encoded_mount>(made, receivers_, *encoder_));
+    serve_uncompressed(made);
+    log::info("source \"", who.name, "\" of process ", who.pid, " is at ", url(place));
     announce(made);
-    return made;
+    return held_source{made, made->senders()};
 }
 
-void publisher::close_source(std::shared_ptr<source> const& gone)
+void publisher::resume(std::shared_ptr<source> const& waiting, introduction const& who, std::function<void()> wake)
+{
+    auto const before = waiting->who();
+    waiting->come_back(who, std::move(wake));
+    ++changes_;
+    serve_uncompressed(waiting);
+    log::info("source \"", who.name, "\" of process ", who.pid, " is back at ", url(waiting->path()));
+    if (before.id == who.id && before.name == who.name)
+        return;
+    unannounce(*waiting);
+    announce(waiting);
+}
+
+std::chrono::seconds publisher::leave_source(held_source const& left)
 {
     std::lock_guard const lock{mutex_};
+    if (left.is_over() || !has(left.of) || time_away() == 0s)
+        return 0s;
+    leave(*left.of);
+    return time_away();
+}
+
+bool publisher::waits(held_source const& left) const
+{
+    std::lock_guard const lock{mutex_};
+    return !left.is_over() && has(left.of);
+}
+
+bool publisher::has(std::shared_ptr<source> const& one) const
+{
+    return std::find(sources_.begin(), sources_.end(), one) != sources_.end();
+}
+
+// Where nothing is encoded nobody could see a slate.
+std::chrono::seconds publisher::time_away() const { return encoder_ ? slate_.load() : 0s; }
+
+// Uncompressed viewers are not kept: what they show may be keyed over somebody's programme.
+void publisher::leave(source& left)
+{
+    ++changes_;
+    withdraw_uncompressed(left);
+    left.go_away();
+    log::info("source \"", left.who().name, "\" at ", url(left.path()), " is away");
+}
+
+void publisher::close_source(held_source const& gone)
+{
+    std::lock_guard const lock{mutex_};
+    if (!gone.is_over())
+        close(gone.of);
+}
+
+void publisher::close(std::shared_ptr<source> const& gone)
+{
     if (std::erase(sources_, gone) == 0)
         return;
     ++changes_;
@@ -138,7 +199,7 @@ void publisher::announce(std::shared_ptr<source> const& made)
 {
     if (!announcer_)
         return;
-    auto const& who = made->who();
+    auto const who = made->who();
     discovery::service service{discovery::instance_name(machine_name(), who.name),
                                static_cast<std::uint16_t>(port()),
                                {{"path", "/" + made->path()},
@@ -157,14 +218,30 @@ void publisher::announce(std::shared_ptr<source> const& made)
     });
 }
 
+void publisher::unannounce(source const& gone)
+{
+    if (auto const name = names_.extract(&gone))
+        announcer_->withdraw(name.mapped());
+}
+
 void publisher::withdraw(source const& gone)
 {
     server_.withdraw("/" + gone.path());
+    withdraw_uncompressed(gone);
+    encoded_.erase(&gone);
+    unannounce(gone);
+}
+
+void publisher::serve_uncompressed(std::shared_ptr<source> const& made)
+{
+    for (auto const& [name, make] : raw_mounts)
+        server_.serve("/" + made->path() + "/" + name, std::make_shared<raw_mount>(made, receivers_, name, make));
+}
+
+void publisher::withdraw_uncompressed(source const& gone)
+{
     for (auto const& one : raw_mounts)
         server_.withdraw("/" + gone.path() + "/" + one.name);
-    encoded_.erase(&gone);
-    if (auto const name = names_.extract(&gone))
-        announcer_->withdraw(name.mapped());
 }
 
 std::vector<std::string> publisher::mounts() const

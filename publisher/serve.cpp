@@ -68,6 +68,7 @@ publisher_settings settings_of(configuration const& from)
     made.rtsp.doors = door_settings_of(from);
     made.rtsp.locks = locks_of(from);
     made.limits = viewer_limits_of(from);
+    made.slate = from.slate;
     made.encoder = from.encoder;
     made.announce = from.announce;
     return made;
@@ -146,7 +147,7 @@ void serve(serve_settings const& settings)
                                    auto locks = locks_of(from);
                                    if (!publishing.rtsp.locks.certificate)
                                        locks.certificate = nullptr;
-                                   sources.change(door_settings_of(from), locks, viewer_limits_of(from));
+                                   sources.change(door_settings_of(from), locks, viewer_limits_of(from), from.slate);
                                    set_log(from);
                                }};
     log::notice("publisher ", QUILLO_VERSION, " serves at ", sources.url(""));

@@ -22,9 +22,25 @@ std::int64_t monotonic_ns()
 }
 
 source::source(introduction who, std::string path, std::function<void()> wake)
-    : who_(std::move(who)), path_(std::move(path)), wake_(std::move(wake))
+    : path_(std::move(path)), who_(std::move(who)), wake_(std::move(wake))
 {
     store_.set_format(pictures_);
+}
+
+introduction source::who() const
+{
+    std::lock_guard const lock{mutex_};
+    return who_;
+}
+
+void source::wake() const
+{
+    std::function<void()> call;
+    {
+        std::lock_guard const lock{mutex_};
+        call = wake_;
+    }
+    call();
 }
 
 source::ns source::arrival(std::int64_t sent_ns) const
@@ -152,6 +168,34 @@ void source::losses(protocol::losses_body const& losses)
     losses_ = losses;
 }
 
+void source::go_away()
+{
+    std::lock_guard const lock{mutex_};
+    away_ = true;
+    pending_.reset();
+    if (listeners_.empty())
+        return;
+    for (auto* const who : listeners_)
+        who->away();
+    show_slate(monotonic_ns());
+    sound_rests_ = true;
+}
+
+void source::come_back(introduction who, std::function<void()> wake)
+{
+    {
+        std::lock_guard const lock{mutex_};
+        who_ = std::move(who);
+        std::swap(wake_, wake);
+        away_ = false;
+        ++senders_;
+        announced_.reset();
+        losses_ = {};
+        offsets_.reset();
+    }
+    wake(); // the one before, which need not wait any longer
+}
+
 void source::close()
 {
     std::lock_guard const lock{mutex_};
@@ -169,6 +213,15 @@ void source::show_black(ns now)
     if (!picture)
         return;
     show(std::move(picture), nullptr, time_.repeated_picture(now));
+    last_is_filler_ = true;
+}
+
+void source::show_slate(ns now)
+{
+    auto slate = last_ ? store_.slate(last_.get()) : store_.black();
+    if (!slate)
+        return;
+    show(std::move(slate), nullptr, time_.repeated_picture(now));
     last_is_filler_ = true;
 }
 
@@ -221,13 +274,14 @@ void source::add(listener& who)
         // Sound has to begin somewhere, or a description waits for it.
         if (now - time_.sound_end() > fill_sound_after)
             fill_sound(now);
-        if (closed_) {
-            if (!last_)
-                show_black(now);
+        if ((closed_ || away_) && !last_)
+            show_black(now);
+        if (closed_)
             who.ended();
-        }
+        else if (away_)
+            who.away();
     }
-    wake_();
+    wake();
 }
 
 void source::remove(listener& who)
@@ -245,7 +299,7 @@ void source::remove(listener& who)
             offsets_.reset();
         }
     }
-    wake_();
+    wake();
 }
 
 void source::hurry()
@@ -265,8 +319,8 @@ void source::set_network_name(std::string const& name)
 source::state source::current() const
 {
     std::lock_guard const lock{mutex_};
-    state result{network_name_,   pictures_, sound_,  announced_.has_value(), 0, 0, 0, pictures_in_, blocks_in_,
-                 time_.anchors(), losses_,   offsets_};
+    state result{network_name_, pictures_,  sound_,          away_,   announced_.has_value(), 0, 0, 0,
+                 pictures_in_,  blocks_in_, time_.anchors(), losses_, offsets_};
     if (announced_) {
         result.fourcc = announced_->fourcc;
         result.aspect = announced_->aspect;

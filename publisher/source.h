@@ -34,7 +34,7 @@ class source : public channel_events
     // Name as the sender gave it, path without a leading slash. wake makes the connection's thread look at wants().
     source(introduction who, std::string path, std::function<void()> wake);
 
-    introduction const& who() const { return who_; }
+    introduction who() const; // the sender that has it, or had it last
     std::string const& path() const { return path_; }
 
     // From the connection's thread.
@@ -46,6 +46,15 @@ class source : public channel_events
 
     // Fills the time while the host rests. To be called often while anybody listens, from the connection's thread.
     void tick(ns now);
+
+    // The sender has gone, and another one may follow: from here on there are a slate and silence, for those who stay.
+    // To be ticked as before.
+    void go_away();
+    // A sender has it from now on, and its connection is woken instead.
+    void come_back(introduction who, std::function<void()> wake);
+    bool is_away() const { return away_; }
+    // How many senders it has had.
+    unsigned senders() const { return senders_; }
 
     // The sender has gone: ends all listeners, and those who still come.
     void close();
@@ -63,6 +72,7 @@ class source : public channel_events
         std::string network_name; // empty: not announced, or not yet
         picture_format pictures;
         sound_format sound;
+        bool away;
         bool announced; // by the sender; else these are the shapes to begin with
         std::uint32_t fourcc;
         float aspect;
@@ -80,16 +90,20 @@ class source : public channel_events
     void consider(picture_format const& shape, ns now);
     void show(buffer_ptr picture, buffer_ptr alpha, ns time);
     void show_black(ns now);
+    void show_slate(ns now);
+    void wake() const;
     void repeat(ns now);
     bool fill_sound(ns from); // false: that time is filled already
     void give(placed_sound const& block);
     ns arrival(std::int64_t sent_ns) const;
 
-    introduction const who_;
     std::string const path_;
-    std::function<void()> const wake_;
+    std::atomic<bool> away_{false};
+    std::atomic<unsigned> senders_{1};
 
     mutable std::mutex mutex_; // of everything below
+    introduction who_;
+    std::function<void()> wake_;
     std::vector<listener*> listeners_;
     std::atomic<std::size_t> listeners_count_{0};
 

@@ -54,17 +54,19 @@ json source_json(source_report const& report, receivers const& watching, std::st
 {
     source const& of = *report.of;
     auto const state = of.current();
+    auto const who = of.who();
     auto const totals = watching.totals_of(of.path());
     json receiving = json::array();
-    for (auto const& who : watching.all())
-        if (who->path() == of.path())
-            receiving.push_back(receiver_json(*who));
-    return {{"name", of.who().name},
-            {"id", text(of.who().id)},
+    for (auto const& one : watching.all())
+        if (one->path() == of.path())
+            receiving.push_back(receiver_json(*one));
+    return {{"name", who.name},
+            {"id", text(who.id)},
+            {"away", state.away},
             {"network_name", state.network_name},
             {"path", "/" + of.path()},
             {"url", base + "/" + of.path()},
-            {"pid", of.who().pid},
+            {"pid", who.pid},
             {"format", format_json(state)},
             {"audio", {{"rate", state.sound.rate}, {"channels", state.sound.channels}}},
             {"receivers", receiving},

@@ -38,6 +38,9 @@ struct configuration
     int request_size = 65536; // bytes
     std::chrono::seconds request_time{30};
 
+    // [sources]
+    std::chrono::seconds slate{0}; // how long viewers are kept when the sender has gone; 0: they are ended
+
     // [page]
     bool page = true;
     int page_port = 8580;

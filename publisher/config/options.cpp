@@ -54,6 +54,18 @@ option number(char const* group, char const* key)
             [](configuration& to, std::string const& value) { return take_number(value, least, most, to.*Member); }};
 }
 
+template <auto Member, int least, int most>
+option seconds(char const* group, char const* key)
+{
+    return {group, key, range(least, most) + " (seconds)", false, [](configuration& to, std::string const& value) {
+                int count = 0;
+                bool const fine = take_number(value, least, most, count);
+                if (fine)
+                    to.*Member = std::chrono::seconds{count};
+                return fine;
+            }};
+}
+
 template <auto Member>
 option flag(char const* group, char const* key)
 {
@@ -110,14 +122,9 @@ std::vector<option> const& table()
         number<&c::connections, 1, 10000>("limits", "connections"),
         number<&c::connections_per_address, 1, 10000>("limits", "connections-per-address"),
         number<&c::request_size, 1024, 1048576>("limits", "request-size"),
-        {"limits", "request-time", range(1, 3600) + " (seconds)", false,
-         [](configuration& to, std::string const& value) {
-             int seconds = 0;
-             if (!take_number(value, 1, 3600, seconds))
-                 return false;
-             to.request_time = std::chrono::seconds{seconds};
-             return true;
-         }},
+        seconds<&c::request_time, 1, 3600>("limits", "request-time"),
+
+        seconds<&c::slate, 0, 86400>("sources", "slate"),
 
         flag<&c::page>("page", "enabled"),
         address<&c::page_address>("page", "address"),

@@ -43,6 +43,7 @@ class jpeg_feed : public std::enable_shared_from_this<jpeg_feed>, listener
     void format(picture_format const& pictures, sound_format const& sound) override;
     void picture(GstBuffer* fill) override;
     void sound(placed_sound const&) override {}
+    void away() override {}
     void ended() override;
 
     void encoded(GstSample* jpeg);

@@ -129,6 +129,22 @@ std::string receivers(json const& sources)
     return all.text();
 }
 
+std::string away(json const& sources)
+{
+    family all{"quillo_source_away", "gauge", "Whether the sender has gone and viewers see a slate."};
+    for (json const& one : sources)
+        all.add(label_of(one), one.value("away", false) ? 1 : 0);
+    return all.text();
+}
+
+std::string turned_away(json const& status)
+{
+    family all{"quillo_connections_refused_total", "counter", "Connections and requests turned away, by cause."};
+    for (auto const& [cause, count] : status.at("turned_away").items())
+        all.add({{"cause", cause}}, count.get<double>());
+    return all.text();
+}
+
 std::string names(json const& sources)
 {
     family all{"quillo_source_info", "gauge", "What a source is called."};
@@ -146,7 +162,7 @@ std::string metrics_text(json const& status)
     build.add({{"version", status.value("version", "")}}, 1);
     family count{"quillo_sources", "gauge", "Sources being published."};
     count.add({}, static_cast<double>(sources.size()));
-    return build.text() + count.text() + names(sources) + shapes(sources) +
+    return build.text() + count.text() + turned_away(status) + names(sources) + away(sources) + shapes(sources) +
            plain("quillo_video_frames_total", "counter", "Pictures that came from the host while somebody watched.",
                  sources, "frames_in") +
            plain("quillo_audio_blocks_total", "counter", "Blocks of sound that came from the host, likewise.", sources,

@@ -122,7 +122,8 @@ class Card {
       this.moved_at = now;
     }
     const watched = source.receivers.length > 0;
-    const [text, kind] = !source.format ? ['no picture yet', 'warn']
+    const [text, kind] = source.away ? ['away', 'warn']
+      : !source.format ? ['no picture yet', 'warn']
       : !watched ? ['ready', 'good']
       : now - this.moved_at < rest_ms + 500 ? ['live', 'good'] : ['host rests', 'warn'];
     const chip = this.get('.state');

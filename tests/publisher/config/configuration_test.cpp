@@ -51,6 +51,7 @@ TEST(configuration, everything_that_is_said_is_taken)
                           "[tls]\nenabled = true\nport = 9001\ncertificate = mine.pem\nkey = /etc/keys/mine.pem\n"
                           "[limits]\nraw-viewers = 1\nencoded-viewers = 2\nconnections = 3\n"
                           "connections-per-address = 4\nrequest-size = 5000\nrequest-time = 6\n"
+                          "[sources]\nslate = 90\n"
                           "[page]\nenabled = false\naddress = ::1\nport = 8081\n"
                           "[video]\nencoder = x264enc\n"
                           "[log]\nlevel = notice\njson = true\n");
@@ -71,6 +72,7 @@ TEST(configuration, everything_that_is_said_is_taken)
     EXPECT_EQ(all.connections_per_address, 4);
     EXPECT_EQ(all.request_size, 5000);
     EXPECT_EQ(all.request_time, std::chrono::seconds{6});
+    EXPECT_EQ(all.slate, std::chrono::seconds{90});
     EXPECT_FALSE(all.page);
     EXPECT_EQ(all.page_address, "::1");
     EXPECT_EQ(all.page_port, 8081);

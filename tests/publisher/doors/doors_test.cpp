@@ -241,13 +241,13 @@ TEST(doors, changes_are_for_those_who_come_from_then_on)
     guarded place{{}, anna};
     rtsp_socket before{place.port()};
     EXPECT_THAT(before.ask("DESCRIBE", place.raw()), StartsWith("RTSP/1.0 401"));
-    place.running.everything.change({.connections = 2}, {}, {.raw = 0, .encoded = 64});
+    place.running.everything.change({.connections = 2}, {}, {.raw = 0, .encoded = 64}, 0s);
     EXPECT_THAT(before.ask("DESCRIBE", place.raw()), StartsWith("RTSP/1.0 503"));
     rtsp_socket after{place.port()};
     EXPECT_THAT(after.ask("DESCRIBE", place.raw()), StartsWith("RTSP/1.0 503"));
     rtsp_socket third{place.port()};
     EXPECT_TRUE(third.ended_by_peer());
-    place.running.everything.change({}, {}, {});
+    place.running.everything.change({}, {}, {}, 0s);
     EXPECT_THAT(after.ask("DESCRIBE", place.raw()), StartsWith("RTSP/1.0 200"));
 }
 

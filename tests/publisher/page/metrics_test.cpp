@@ -13,10 +13,12 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 
 nlohmann::json const status = {{"version", "1.2.3"},
+                               {"turned_away", {{"strangers", 3}, {"wrong_password", 0}}},
                                {"sources",
                                 {{{"name", "Line\nbreak \"and\" back\\slash"},
                                   {"id", "00ff"},
                                   {"path", "/first"},
+                                  {"away", true},
                                   {"format", {{"width", 1280}, {"height", 720}, {"rate", {30000, 1001}}}},
                                   {"receivers", {{{"mount", "raw"}}, {{"mount", "raw"}}, {{"mount", "default"}}}},
                                   {"frames_in", 12345678901},
@@ -38,6 +40,7 @@ nlohmann::json const status = {{"version", "1.2.3"},
                                  {{"name", "Second"},
                                   {"id", "01"},
                                   {"path", "/second"},
+                                  {"away", false},
                                   {"format", nullptr},
                                   {"receivers", nlohmann::json::array()},
                                   {"frames_in", 0},
@@ -52,6 +55,10 @@ TEST(metrics, say_what_the_status_says)
 {
     std::string const text = metrics_text(status);
     for (char const* const line : {"quillo_build_info{version=\"1.2.3\"} 1\n", "quillo_sources 2\n",
+                                   "quillo_connections_refused_total{cause=\"strangers\"} 3\n",
+                                   "quillo_connections_refused_total{cause=\"wrong_password\"} 0\n",
+                                   "quillo_source_away{source=\"/first\"} 1\n",
+                                   "quillo_source_away{source=\"/second\"} 0\n",
                                    "quillo_video_frames_total{source=\"/first\"} 12345678901\n",
                                    "quillo_video_width_pixels{source=\"/first\"} 1280\n",
                                    "quillo_video_frames_per_second{source=\"/first\"} 29.97002997\n",
