@@ -186,7 +186,8 @@ void channel_server::talk(connection& self, channel& peer, std::optional<held_so
 {
     auto const began = clock::now();
     std::optional<bool> told;
-    while (!stopping_) {
+    // Nor goes on one whose sender has connected anew.
+    while (!stopping_ && !(held && held->is_over())) {
         bool const wanted = held && held->of->wanted();
         if (held && told != wanted) {
             if (!peer.send_wants(wanted, wanted))

@@ -77,7 +77,8 @@ bool works(encoder_choice const& choice)
     picture_store store;
     store.set_format(format);
     std::counting_semaphore<> units{0};
-    pipeline trial{encoding_pipeline(choice, format), [&](GstSample*) { units.release(); }};
+    pipeline trial{encoding_pipeline(choice, format), [&](GstSample*) { units.release(); },
+                   [](std::string const& what) { log::info(what); }};
     constexpr int pictures = 2;
     for (int k = 0; k < pictures; ++k)
         trial.push(restamped(store.black().get(), k * GST_SECOND / 25).get());

@@ -1,5 +1,7 @@
 #include "publisher/pipeline.h"
 
+#include "publisher/log.h"
+
 #include <gst/app/gstappsink.h>
 #include <gst/app/gstappsrc.h>
 
@@ -13,7 +15,27 @@ void run_on_common_clock(GstElement* pipeline)
     gst_element_set_base_time(pipeline, 0);
 }
 
-pipeline::pipeline(std::string const& description, std::function<void(GstSample*)> taken) : taken_(std::move(taken))
+void tell_errors(GstElement* pipeline, error_teller tell)
+{
+    auto const take = +[](GstBus*, GstMessage* given, gpointer data) -> GstBusSyncReply {
+        auto const message = adopt<message_ptr>(given);
+        if (GST_MESSAGE_TYPE(given) == GST_MESSAGE_ERROR) {
+            GError* problem = nullptr;
+            gst_message_parse_error(given, &problem, nullptr);
+            error_ptr const error{problem};
+            (*static_cast<error_teller*>(data))(GST_MESSAGE_SRC_NAME(given) + std::string{": "} + error->message);
+        }
+        return GST_BUS_DROP;
+    };
+    auto const bus = adopt<bus_ptr>(gst_element_get_bus(pipeline));
+    gst_bus_set_sync_handler(bus.get(), take, new error_teller{std::move(tell)},
+                             [](gpointer data) { delete static_cast<error_teller*>(data); });
+}
+
+void log_error(std::string const& what) { log::error("a pipeline fails: ", what); }
+
+pipeline::pipeline(std::string const& description, std::function<void(GstSample*)> taken, error_teller failed)
+    : taken_(std::move(taken))
 {
     GError* problem = nullptr;
     pipeline_ =
@@ -25,6 +47,7 @@ pipeline::pipeline(std::string const& description, std::function<void(GstSample*
     in_ = adopt<element_ptr>(gst_bin_get_by_name(GST_BIN(pipeline_.get()), "in"));
     out_ = adopt<element_ptr>(gst_bin_get_by_name(GST_BIN(pipeline_.get()), "out"));
     run_on_common_clock(pipeline_.get());
+    tell_errors(pipeline_.get(), std::move(failed));
 
     GstAppSinkCallbacks callbacks{};
     callbacks.new_sample = [](GstAppSink* sink, gpointer self) {

@@ -23,12 +23,17 @@ bool is_full(GstElement* appsrc);
 // Pushes into a leaky appsrc, without waiting.
 pushed push_buffer(GstElement* appsrc, GstBuffer* buffer);
 
+// Tells of each error that a pipeline reports, on the thread that met it. Whatever else it reports is let go.
+using error_teller = std::function<void(std::string const& what)>;
+void tell_errors(GstElement* pipeline, error_teller tell);
+void log_error(std::string const& what);
+
 class pipeline
 {
   public:
     // Elements as for gst-launch, with an appsrc "in" and an appsink "out". taken gets each sample of "out", its
     // time stamp on the common clock, on the pipeline's thread. Throws std::runtime_error when it cannot be made.
-    pipeline(std::string const& description, std::function<void(GstSample*)> taken);
+    pipeline(std::string const& description, std::function<void(GstSample*)> taken, error_teller failed = log_error);
     pipeline(pipeline const&) = delete;
     pipeline& operator=(pipeline const&) = delete;
     ~pipeline(); // taken is not called any more
@@ -38,9 +43,6 @@ class pipeline
     GstElement* get() const { return pipeline_.get(); }
     GstElement* in() const { return in_.get(); }
     GstElement* out() const { return out_.get(); }
-
-    // The first error that the pipeline reported, empty for none.
-    std::string error() const;
 
   private:
     static GstFlowReturn new_sample(GstElement*, gpointer self);

@@ -63,11 +63,13 @@ void source::video_format(protocol::video_format_body const& format)
 void source::audio_format(sound_format const& format)
 {
     std::lock_guard const lock{mutex_};
-    if (format == sound_)
-        return;
-    sound_ = format;
-    for (auto* const who : listeners_)
-        who->format(pictures_, sound_);
+    sound_announced_ = true;
+    if (format != sound_) {
+        sound_ = format;
+        for (auto* const who : listeners_)
+            who->format(pictures_, sound_);
+    }
+    begin_sound(monotonic_ns());
 }
 
 void source::accept(picture_format const& format)
@@ -236,6 +238,13 @@ bool source::fill_sound(ns from)
     return !placed.late;
 }
 
+// Sound has to begin somewhere, or a description waits for it; but in the right shape, if that is about to be known.
+void source::begin_sound(ns now)
+{
+    if (sound_announced_ && !listeners_.empty() && now - time_.sound_end() > fill_sound_after)
+        fill_sound(now);
+}
+
 void source::tick(ns now)
 {
     std::lock_guard const lock{mutex_};
@@ -271,9 +280,7 @@ void source::add(listener& who)
         who.format(pictures_, sound_);
         if (last_)
             who.keyed_picture(last_.get(), last_alpha_.get());
-        // Sound has to begin somewhere, or a description waits for it.
-        if (now - time_.sound_end() > fill_sound_after)
-            fill_sound(now);
+        begin_sound(now);
         if ((closed_ || away_) && !last_)
             show_black(now);
         if (closed_)

@@ -94,6 +94,7 @@ class source : public channel_events
     void wake() const;
     void repeat(ns now);
     bool fill_sound(ns from); // false: that time is filled already
+    void begin_sound(ns now);
     void give(placed_sound const& block);
     ns arrival(std::int64_t sent_ns) const;
 
@@ -109,6 +110,7 @@ class source : public channel_events
 
     picture_format pictures_;
     sound_format sound_;
+    bool sound_announced_ = false;
     bool closed_ = false;
     std::string network_name_;
     std::optional<protocol::video_format_body> announced_;

@@ -89,25 +89,31 @@ void raw_viewer::describe(GstSDPMessage& description)
 
 void raw_viewer::format(picture_format const& pictures, sound_format const& sound)
 {
-    bool const shown = first_picture_ || first_block_;
-    if (ended_ || (shown && pictures == pictures_ && sound == sound_))
-        return;
     // Receivers keep what was described to them and would show garbage; they have to ask again.
-    if (shown)
-        return ended();
-    pictures_ = pictures;
-    sound_ = sound;
-    auto const caps = form_->caps(pictures);
-    gst_app_src_set_caps(GST_APP_SRC(video_in_.get()), caps.get());
-    if (key_in_)
-        gst_app_src_set_caps(GST_APP_SRC(key_in_.get()), caps.get());
-    gst_app_src_set_caps(GST_APP_SRC(audio_in_.get()), s24be_caps(sound).get());
+    if ((first_picture_ && pictures != pictures_) || (first_block_ && sound != sound_))
+        ended();
+    if (!first_picture_) {
+        pictures_ = pictures;
+        auto const caps = form_->caps(pictures);
+        gst_app_src_set_caps(GST_APP_SRC(video_in_.get()), caps.get());
+        if (key_in_)
+            gst_app_src_set_caps(GST_APP_SRC(key_in_.get()), caps.get());
+    }
+    if (!first_block_) {
+        sound_ = sound;
+        gst_app_src_set_caps(GST_APP_SRC(audio_in_.get()), s24be_caps(sound).get());
+    }
 }
 
 void raw_viewer::ended()
 {
-    if (!std::exchange(ended_, true))
+    if (std::exchange(ended_, true))
+        return;
+    // A description may wait for the first picture.
+    if (first_picture_)
         say_goodbye();
+    else
+        who_->end();
 }
 
 pushed raw_viewer::push(raw_form::pictures const& made)
@@ -123,7 +129,7 @@ pushed raw_viewer::push(raw_form::pictures const& made)
 
 void raw_viewer::keyed_picture(GstBuffer* fill, GstBuffer* alpha)
 {
-    if (ended_ || (first_picture_ && !who_->playing))
+    if (first_picture_ && (ended_ || !who_->playing))
         return;
     auto const made = form_->make(pictures_, fill, alpha);
     if (!made.fill || (key_in_ && !made.key))
@@ -143,7 +149,7 @@ void raw_viewer::keyed_picture(GstBuffer* fill, GstBuffer* alpha)
 
 void raw_viewer::sound(placed_sound const& block)
 {
-    if (ended_ || (first_block_ && !who_->playing))
+    if (first_block_ && (ended_ || !who_->playing))
         return;
     if (auto const buffer = as_s24be(block))
         first_block_ = push_buffer(audio_in_.get(), buffer.get()) != pushed::refused;

@@ -94,6 +94,13 @@ void rtc_viewer::on_loop(void (rtc_viewer::*f)())
 
 void rtc_viewer::connect_signals()
 {
+    tell_errors(pipeline_.get(), [&loop = loop_, weak = weak_from_this()](std::string const& what) {
+        log::warning("page: WebRTC fails: ", what);
+        loop.post([weak] {
+            if (auto const self = weak.lock())
+                self->talk_.over(self->id_, "the connection failed");
+        });
+    });
     auto const on_candidate = +[](GstElement*, guint mline, gchar* text, gpointer data) {
         auto* const self = static_cast<rtc_viewer*>(data);
         self->loop_.post([weak = self->weak_from_this(), mline, line = std::string{text}] {

@@ -261,6 +261,39 @@ TEST_F(mounts, source_without_any_picture_is_black)
     EXPECT_TRUE(is_black(*picture));
 }
 
+// A receiver may be faster than the first words of a host.
+TEST_F(mounts, who_comes_before_the_formats_gets_what_is_announced)
+{
+    protocol_sender sender{publisher_.socket()};
+    sender.hello("Adobe Premiere Pro", 1);
+    ASSERT_TRUE(sender.receive(protocol::message::welcome));
+    auto const receiver = watch("/raw");
+    ASSERT_TRUE(sender.wait_for_wants(true));
+    sender.announce({48000, 16});
+    sender.announce(hd);
+    sender.video(hd, grey_picture(hd, 1), 0);
+    auto const picture = receiver->wait_for_picture({}, 2s);
+    ASSERT_TRUE(picture);
+    EXPECT_EQ(picture->width, 320);
+    EXPECT_EQ(picture->bytes, grey_picture(hd, 1));
+    EXPECT_THAT(receiver->sdp(), HasSubstr("a=rtpmap:97 L24/48000/16"));
+    EXPECT_FALSE(receiver->wait_for_end(0ms));
+}
+
+TEST_F(mounts, who_waits_for_a_description_is_not_left_waiting_when_sound_changes)
+{
+    protocol_sender sender{publisher_.socket()};
+    sender.hello("Adobe Premiere Pro", 1);
+    ASSERT_TRUE(sender.receive(protocol::message::welcome));
+    auto const receiver = watch("/raw");
+    ASSERT_TRUE(sender.wait_for_wants(true));
+    sender.announce({48000, 2});
+    sender.announce({48000, 16});
+    sender.announce(hd);
+    sender.video(hd, grey_picture(hd, 1), 0);
+    EXPECT_TRUE(receiver->wait_for_end(2s));
+}
+
 TEST_F(mounts, sender_that_has_a_picture_is_given_time_to_hand_it_over)
 {
     protocol_sender sender{publisher_.socket()};

@@ -123,6 +123,21 @@ TEST_F(slate, keeps_viewers_until_the_source_is_back)
     EXPECT_FALSE(staying->wait_for_end(0ms));
 }
 
+TEST_F(slate, sender_that_is_back_before_it_is_missed_takes_its_own_place)
+{
+    begin(60s);
+    auto const staying = watch();
+    ASSERT_TRUE(shows(*staying, 200, 90));
+    auto const before = std::move(host_);
+    play(1, 100);
+    EXPECT_TRUE(shows(*staying, 100, 90));
+    ASSERT_TRUE(staying->wait_for_picture());
+    for (auto const until = clock::now() + 300ms; clock::now() < until;)
+        EXPECT_TRUE(staying->wait_for_picture([](auto const& shown) { return shown.bytes[shown.bytes.size() / 3] < 110; }));
+    EXPECT_EQ(sources().size(), 1u);
+    EXPECT_FALSE(staying->wait_for_end(0ms));
+}
+
 TEST_F(slate, is_silent)
 {
     begin(60s);

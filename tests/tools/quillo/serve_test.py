@@ -4,6 +4,7 @@ usage: serve_test.py QUILLO SOURCES
 """
 import os
 import re
+import shutil
 import signal
 import socket
 import struct
@@ -163,6 +164,41 @@ class Keyboard(Place):
         self.assertEqual(self.complete("serve", "--log-level", "n"), ["notice"])
         self.assertIn("--pattern", self.complete("play", "--"))
         self.assertNotIn("--pattern", self.complete("serve", "--"))
+
+    def test_zsh_completes_the_same(self):
+        if not shutil.which("zsh"):
+            self.skipTest("no zsh here")
+
+        def complete(*words):
+            # What the shell would be offered; the words are where it puts them.
+            script = ('compadd() { shift; print -rl -- "$@" }; _files() { print -r -- a file }; file=$1; shift; '
+                      'words=("$@"); CURRENT=$#; source $file')
+            done = subprocess.run(("zsh", "-f", "-c", script, "zsh", os.path.join(SOURCES, "completions", "_quillo"), QUILLO) +
+                                  words, capture_output=True, text=True, timeout=PATIENCE, check=True)
+            self.assertEqual(done.stderr, "")
+            return done.stdout.splitlines()
+
+        commands = re.findall(r"^  ([a-z]+) ", self.run_quillo("--help").stdout.partition("Subcommands:")[2], re.M)
+        self.assertEqual(sorted(complete("")), sorted(commands + ["--help", "--version"]))
+        self.assertIn("notice", complete("serve", "--log-level", ""))
+        self.assertIn("--check-config", complete("serve", "--"))
+        self.assertIn("--pattern", complete("play", "--loop", "--"))
+        self.assertNotIn("--pattern", complete("serve", "--"))
+        self.assertEqual(complete("serve", "--config", ""), ["a file"])
+
+    def test_units_are_understood(self):
+        if not shutil.which("systemd-analyze"):
+            self.skipTest("no systemd here")
+        for name in ("quillo.socket", "quillo.service"):
+            with open(os.path.join(SOURCES, "packaging", "systemd", name), encoding="utf-8") as unit:
+                text = unit.read().replace("/usr/bin/quillo", QUILLO)
+            with open(os.path.join(self.place.name, name), "w", encoding="utf-8") as unit:
+                unit.write(text)
+        os.mkdir(self.folder, 0o700)
+        done = subprocess.run(("systemd-analyze", "--user", "--man=no", "verify", "./quillo.socket", "./quillo.service"),
+                              cwd=self.place.name, env=dict(self.env, XDG_RUNTIME_DIR=self.folder), capture_output=True,
+                              text=True, timeout=PATIENCE, check=False)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
 
     def test_units_name_the_program_and_the_socket(self):
         folder = os.path.join(SOURCES, "packaging", "systemd")

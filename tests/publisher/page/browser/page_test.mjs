@@ -1,6 +1,7 @@
 // The page in a real browser. Figures are printed; with QUILLO_PAGE_GOALS=1 they are held to what a quiet machine must
 // reach, else to what even a busy one does.
 import assert from 'node:assert/strict';
+import { readdirSync } from 'node:fs';
 import { after, before, test } from 'node:test';
 import { join } from 'node:path';
 import { end_all, start_browser, start_host, start_publisher } from './programs.mjs';
@@ -257,6 +258,70 @@ test('nothing runs while nobody looks', async () => {
     document.dispatchEvent(new Event('visibilitychange'));
   });
   await wait_for(async () => (await receivers()) === 0);
+  await page.context().close();
+});
+
+test('a visitor is a receiver until the browser is closed, and leaves nothing behind', async () => {
+  const counts = () => ['fd', 'task'].map((what) => readdirSync(`/proc/${publisher.pid}/${what}`).length);
+  const receivers = async () => (await (await fetch(`${publisher.url}status.json`)).json()).sources[0].receivers;
+  let before;
+  // What is made once and kept is there after the first.
+  for (let visit = 0; visit < 3; ++visit) {
+    const own = await start_browser();
+    const page = await own.newPage();
+    await page.goto(publisher.url);
+    await showing(page, 'rtc');
+    const [visitor, ...others] = await receivers();
+    assert.equal(others.length, 0);
+    assert.equal(visitor.mount, 'webrtc');
+    assert.equal(visitor.transport, 'WebRTC');
+    assert.match(visitor.agent, /Chrome/);
+    assert.ok(visitor.playing);
+    await own.close();
+    await wait_for(async () => (await receivers()).length === 0);
+    before ??= await settled(counts);
+    await wait_for(() => counts().every((count, k) => count <= before[k]));
+  }
+});
+
+// The same for half a second.
+async function settled(look) {
+  let last = look();
+  for (let same = 0; same < 5; ++same) {
+    await new Promise((resolve) => setTimeout(resolve, 100));
+    const now = look();
+    if (String(now) !== String(last)) same = 0;
+    last = now;
+  }
+  return last;
+}
+
+test('meters are told what is played', async () => {
+  const page = await open();
+  await showing(page, 'rtc');
+  // The left channel's tone has an amplitude of 0.3, the right one's goes from none to all of it.
+  const levels = await page.evaluate(() => new Promise((resolve) => {
+    const seen = [];
+    const socket = new WebSocket(location.href.replace('http', 'ws') + 'talk');
+    socket.onopen = () => socket.send(JSON.stringify({ levels: [document.querySelector('.source').dataset.path] }));
+    socket.onmessage = ({ data }) => {
+      const message = JSON.parse(data);
+      if (message.count) socket.send(JSON.stringify({ seen: message.count }));
+      if (message.levels) seen.push(Object.values(message.levels)[0]);
+      if (seen.length === 30) {
+        socket.close();
+        resolve(seen);
+      }
+    };
+  }));
+  const [left, right] = [0, 1].map((channel) => levels.slice(5).map((one) => one[channel]));
+  const peak_db = 20 * Math.log10(0.3);
+  for (const [peak, average] of left) {
+    assert.ok(Math.abs(peak - peak_db) <= 0.3, `peak ${peak} dB`);
+    assert.ok(Math.abs(average - (peak_db - 3.01)) <= 1, `average ${average} dB`);
+  }
+  for (const [peak, average] of right) assert.ok(peak <= peak_db + 0.1 && average <= peak);
+  assert.ok(Math.min(...right.map(([peak]) => peak)) < peak_db - 3, 'the right one is quieter at times');
   await page.context().close();
 });
 

@@ -38,7 +38,7 @@ function until(child, pattern, limit_ms = 15000) {
 export async function start_publisher(page_port = '0') {
   const child = start(process.env.QUILLO_PROGRAM, 'serve', '--port', '0', '--page', page_port, '--bind', '127.0.0.1');
   const [, url] = await until(child, /the page is at (\S+)/);
-  return { url, log: () => child.lines, end: () => end(child) };
+  return { url, pid: child.pid, log: () => child.lines, end: () => end(child) };
 }
 
 export function start_host(name, width = 1280, height = 720, rate = 30) {
