@@ -269,7 +269,7 @@ TEST_F(mounts, who_comes_before_the_formats_gets_what_is_announced)
     ASSERT_TRUE(sender.receive(protocol::message::welcome));
     auto const receiver = watch("/raw");
     ASSERT_TRUE(sender.wait_for_wants(true));
-    sender.announce({48000, 16});
+    sender.announce(protocol::audio_format_body{48000, 16});
     sender.announce(hd);
     sender.video(hd, grey_picture(hd, 1), 0);
     auto const picture = receiver->wait_for_picture({}, 2s);
@@ -287,8 +287,8 @@ TEST_F(mounts, who_waits_for_a_description_is_not_left_waiting_when_sound_change
     ASSERT_TRUE(sender.receive(protocol::message::welcome));
     auto const receiver = watch("/raw");
     ASSERT_TRUE(sender.wait_for_wants(true));
-    sender.announce({48000, 2});
-    sender.announce({48000, 16});
+    sender.announce(protocol::audio_format_body{48000, 2});
+    sender.announce(protocol::audio_format_body{48000, 16});
     sender.announce(hd);
     sender.video(hd, grey_picture(hd, 1), 0);
     EXPECT_TRUE(receiver->wait_for_end(2s));
