@@ -133,7 +133,7 @@ void visitor::find_levels()
 
 void visitor::tell_status(json const& status)
 {
-    if (!send_counted({{"status", status}}))
+    if (!send_counted({{"status", status}}, most_unseen))
         return;
     json delays = json::object();
     for (auto const& [id, viewer] : viewers_)
@@ -150,7 +150,7 @@ void visitor::tell_levels(json const& levels_by_path)
         if (levels_by_path.contains(path))
             mine["/" + path] = levels_by_path[path];
     if (!mine.empty())
-        send_counted({{"levels", mine}});
+        send_counted({{"levels", mine}}, most_unseen_before_levels);
 }
 
 bool visitor::is_silent() const { return seen_ < count_ && steady::now() - last_seen_ > silence_allowed; }
@@ -175,9 +175,9 @@ void visitor::send(json const& message)
                                             message.dump(-1, ' ', false, json::error_handler_t::replace).c_str());
 }
 
-bool visitor::send_counted(json message)
+bool visitor::send_counted(json message, int most_before)
 {
-    if (count_ - seen_ >= most_unseen)
+    if (count_ - seen_ >= most_before)
         return false;
     if (seen_ == count_)
         last_seen_ = steady::now();

@@ -29,7 +29,9 @@ class visitor : rtc_talk
     static constexpr std::size_t max_viewers = 16; // of one page
     static constexpr std::size_t max_rtc = 32;     // of one source
     static constexpr std::size_t longest_message = 64 * 1024;
-    static constexpr int most_unseen = 4; // a page that does not keep up is told less
+    // A page that does not keep up is told less; levels, which come often, leave room for the status.
+    static constexpr int most_unseen = 4;
+    static constexpr int most_unseen_before_levels = 2;
     static constexpr std::chrono::seconds silence_allowed{15};
 
     struct surroundings
@@ -65,7 +67,7 @@ class visitor : rtc_talk
     void watch(int id, nlohmann::json const& message);
     void want_levels(nlohmann::json const& paths);
     void send(nlohmann::json const& message);
-    bool send_counted(nlohmann::json message);
+    bool send_counted(nlohmann::json message, int most_before);
 
     surroundings const around_;
     object_ptr<SoupWebsocketConnection> const socket_;

@@ -14,6 +14,7 @@ import time
 
 import road
 
+RATE = 50
 BRIGHT = 100  # mean luma of a flash, of 255
 LOUD = -40.0  # dB of a beep
 
@@ -62,23 +63,30 @@ def by_gstreamer(url, mount, seconds, transport="tcp"):
 
 
 def onsets(levels, threshold):
-    times, above = [], True
+    """Of what rises above the threshold: (when, time of what came before)."""
+    times, above, before = [], True, 0
     for when, value in levels:
         now = value not in ("-inf", "nan") and float(value) > threshold
         if now and not above:
-            times.append(float(when))
-        above = now
+            times.append((float(when), before))
+        above, before = now, float(when)
     return times
 
 
 def apart(flashes, beeps):
-    """From each flash to the nearest beep, in ms; flashes and beeps come once a second."""
-    return [min((beep - flash for beep in beeps), key=abs) * 1000 for flash in flashes if beeps]
+    """From each flash to the nearest beep, in ms; flashes and beeps come once a second. A flash whose first pictures were
+    lost, as on a machine with too much to do, began somewhere in the gap before it, and a beep in there is none apart."""
+    result = []
+    for flash, before in flashes:
+        earliest = min(flash, before + 1 / RATE)
+        distances = [max(0, beep - flash) + min(0, beep - earliest) for beep, _ in beeps]
+        result += [1000 * min(distances, key=abs)] if distances else []
+    return result
 
 
 def measure(receiver, case, mount, seconds, commands, options=()):
     with road.Road() as lab:
-        player = lab.play("--pattern", "flash", "--size", "640x360", "--rate", "50", "--script", *options, stdin=subprocess.PIPE)
+        player = lab.play("--pattern", "flash", "--size", "640x360", "--rate", str(RATE), "--script", *options, stdin=subprocess.PIPE)
         url = lab.source()["url"] + mount
         time.sleep(1)
 

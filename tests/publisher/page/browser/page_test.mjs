@@ -2,7 +2,7 @@
 // reach, else to what even a busy one does.
 import assert from 'node:assert/strict';
 import { readdirSync } from 'node:fs';
-import { after, before, test } from 'node:test';
+import { after, afterEach, before, test } from 'node:test';
 import { join } from 'node:path';
 import { end_all, start_browser, start_host, start_publisher } from './programs.mjs';
 
@@ -11,6 +11,8 @@ const goals = strict
   ? { first_picture_ms: 1500, rtc_ms: 50, mjpeg_ms: 70 }
   : { first_picture_ms: 6000, rtc_ms: 400, mjpeg_ms: 400 };
 const pictures_to_time = strict ? 150 : 60;
+// Width, height and rate: on a busy machine a browser that decodes and paints without a graphics card shall keep up.
+const shape = strict ? [1280, 720, 30] : [768, 432, 15];
 const output = process.env.QUILLO_OUTPUT ?? '.';
 
 let publisher;
@@ -20,9 +22,11 @@ const name = 'Adobe Premiere Pro';
 
 before(async () => {
   publisher = await start_publisher();
-  host = start_host(name);
+  host = start_host(name, ...shape);
   browser = await start_browser();
 });
+// What a failed test leaves open would be counted as a viewer by the next one.
+afterEach(async () => Promise.all(browser.contexts().map((context) => context.close())));
 after(async () => {
   await browser?.close();
   await end_all();
@@ -108,7 +112,7 @@ test('the live picture moves, by WebRTC with sound', async () => {
   const seen = figures(await time_pictures(page, 'video', pictures_to_time));
   console.log(`WebRTC: first picture ${first_ms} ms, latency p50 ${ms(seen.p50)}, p95 ${ms(seen.p95)}, at most ${ms(seen.most)}, ${seen.rate.toFixed(1)} pictures a second`);
   assert.ok(seen.rising, 'the counter rises');
-  assert.ok(seen.rate > (strict ? 25 : 10), `${seen.rate} pictures a second`);
+  assert.ok(seen.rate > shape[2] * (strict ? 0.8 : 0.3), `${seen.rate} pictures a second`);
   assert.ok(first_ms <= goals.first_picture_ms, `first picture after ${first_ms} ms`);
   assert.ok(seen.p50 <= goals.rtc_ms, `latency ${seen.p50} ms`);
 
@@ -117,7 +121,6 @@ test('the live picture moves, by WebRTC with sound', async () => {
   assert.deepEqual(kinds.sort(), ['audio live', 'video live']);
   await page.waitForFunction(() => /\d+ ms/.test(document.querySelector('.latency').textContent));
   assert.deepEqual(page.problems, []);
-  await page.context().close();
 });
 
 test('sound comes by WebRTC', async () => {
@@ -145,10 +148,9 @@ test('the live picture moves, as JPEG pictures', async () => {
   const seen = figures(await time_pictures(page, 'img.view', pictures_to_time));
   console.log(`JPEG: first picture ${first_ms} ms, latency p50 ${ms(seen.p50)}, p95 ${ms(seen.p95)}, at most ${ms(seen.most)}, ${seen.rate.toFixed(1)} pictures a second`);
   assert.ok(seen.rising, 'the counter rises');
-  assert.ok(seen.rate > (strict ? 25 : 10), `${seen.rate} pictures a second`);
+  assert.ok(seen.rate > shape[2] * (strict ? 0.8 : 0.3), `${seen.rate} pictures a second`);
   assert.ok(first_ms <= goals.first_picture_ms, `first picture after ${first_ms} ms`);
   assert.ok(seen.p50 <= goals.mjpeg_ms, `latency ${seen.p50} ms`);
-  await page.context().close();
 });
 
 test('without WebRTC the page takes JPEG pictures by itself', async () => {
@@ -182,7 +184,6 @@ test('the list follows sources that come and go', async () => {
   await second.end();
   await page.waitForFunction(() => document.querySelectorAll('.source').length === 1, null, { timeout: 3000 });
   assert.deepEqual(page.problems, []);
-  await page.context().close();
 });
 
 test('a source that comes back is shown again', async () => {
@@ -191,9 +192,8 @@ test('a source that comes back is shown again', async () => {
   await host.end();
   await page.waitForSelector('#empty:not([hidden])', { timeout: 3000 });
   await page.screenshot({ path: join(output, 'empty.png') });
-  host = start_host(name);
+  host = start_host(name, ...shape);
   await showing(page, 'rtc');
-  await page.context().close();
 });
 
 test('facts, receivers and levels are shown', async () => {
@@ -201,11 +201,11 @@ test('facts, receivers and levels are shown', async () => {
   await showing(page, 'rtc');
   const text = (selector) => page.locator(selector).first().textContent();
   assert.equal(await text('h2'), name);
-  assert.equal(await text('.picture'), '1280 × 720');
-  assert.equal(await text('.rate'), '30 fps, progressive');
+  assert.equal(await text('.picture'), `${shape[0]} × ${shape[1]}`);
+  assert.equal(await text('.rate'), `${shape[2]} fps, progressive`);
   assert.equal(await text('.color'), 'BT.709, limited range');
   assert.equal(await text('.audio'), '48 kHz, 2 channels');
-  await page.waitForFunction(() => [...document.querySelectorAll('tbody tr')].some((row) => /receives/.test(row.textContent) && /WebRTC/.test(row.textContent)));
+  await page.waitForFunction(() => [...document.querySelectorAll('tbody tr')].some((row) => /receives|too slow/.test(row.textContent) && /WebRTC/.test(row.textContent)));
   await page.waitForFunction(() => /in step|late|early/.test(document.querySelector('.offset').textContent));
   // Something stands in the meters, and it is not red: the tone is at -10 dB.
   await page.waitForFunction(() => {
@@ -220,7 +220,20 @@ test('facts, receivers and levels are shown', async () => {
     }
     return amber > 50 && red === 0;
   });
-  await page.context().close();
+});
+
+test('a page that does not keep up with the levels is still told the status', async () => {
+  const page = await open();
+  await page.waitForSelector('.source');
+  const messages = await page.evaluate(() => new Promise((resolve) => {
+    const taken = [];
+    const socket = new WebSocket(`ws://${location.host}/talk`);
+    socket.onopen = () => socket.send(JSON.stringify({ levels: ['/adobe-premiere-pro'] }));
+    socket.onmessage = (event) => taken.push(JSON.parse(event.data));
+    setTimeout(() => resolve(taken), 3500);
+  }));
+  assert.ok(messages.some((message) => message.levels));
+  assert.ok(messages.filter((message) => message.status).length >= 2, JSON.stringify(messages.map(Object.keys)));
 });
 
 test('copy buttons copy what stands beside them', async () => {
@@ -241,7 +254,6 @@ test('copy buttons copy what stands beside them', async () => {
     }
   }
   assert.equal(copied, 11);
-  await page.context().close();
 });
 
 test('nothing runs while nobody looks', async () => {
@@ -258,7 +270,6 @@ test('nothing runs while nobody looks', async () => {
     document.dispatchEvent(new Event('visibilitychange'));
   });
   await wait_for(async () => (await receivers()) === 0);
-  await page.context().close();
 });
 
 test('a visitor is a receiver until the browser is closed, and leaves nothing behind', async () => {
@@ -322,7 +333,6 @@ test('meters are told what is played', async () => {
   }
   for (const [peak, average] of right) assert.ok(peak <= peak_db + 0.1 && average <= peak);
   assert.ok(Math.min(...right.map(([peak]) => peak)) < peak_db - 3, 'the right one is quieter at times');
-  await page.context().close();
 });
 
 async function wait_for(condition, limit_ms = 5000) {
@@ -354,5 +364,4 @@ test('when the publisher goes the page says so, and comes back with it', async (
   publisher = await start_publisher(port);
   await page.waitForFunction(() => document.querySelector('#link').textContent === 'connected', null, { timeout: 15000 });
   await showing(page, 'rtc');
-  await page.context().close();
 });

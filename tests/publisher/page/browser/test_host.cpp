@@ -5,6 +5,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cmath>
@@ -20,12 +21,22 @@ std::uint64_t wall_clock_us()
     return static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::microseconds>(now).count());
 }
 
+using steady = std::chrono::steady_clock;
+
 std::atomic<bool> stop{false};
 
-void send_tone(SenderHandle sender)
+// What is due now when so many a second come in time. A host that comes late goes on there, in sound and pictures.
+std::int64_t due(steady::time_point began, int rate)
 {
+    return static_cast<std::int64_t>(std::chrono::duration<double>(steady::now() - began).count() * rate);
+}
+
+void send_tone(SenderHandle sender, steady::time_point began)
+{
+    constexpr std::int64_t may_be_late = 8; // blocks: less than what makes the sender begin anew
     std::vector<float> block(960);
-    for (std::int64_t n = 0; !stop; n += 480) {
+    for (std::int64_t number = 0; !stop; number = std::max(number + 1, due(began, 100) - may_be_late)) {
+        std::int64_t const n = number * 480;
         for (std::size_t k = 0; k < 480; ++k) {
             double const time_s = static_cast<double>(n + static_cast<std::int64_t>(k)) / 48000;
             block[k] = static_cast<float>(0.3 * std::sin(2765 * time_s));
@@ -36,13 +47,13 @@ void send_tone(SenderHandle sender)
     }
 }
 
-void send_pictures(SenderHandle sender, int width, int height, int rate)
+void send_pictures(SenderHandle sender, steady::time_point began, int width, int height, int rate)
 {
     quillo::measure::test_card const card{width, height, 2};
     std::vector<unsigned char> pictures[4];
     for (std::uint64_t n = 0; n < 4; ++n)
         pictures[n] = card.plain(n);
-    for (std::int64_t n = 0; !stop; ++n) {
+    for (std::int64_t n = 0; !stop; n = std::max(n + 1, due(began, rate) - 1)) {
         auto& picture = pictures[n % 4];
         Quillolib_send_send_video(sender, nullptr);
         card.mark(picture, static_cast<std::uint64_t>(n), wall_clock_us());
@@ -76,8 +87,9 @@ int main(int count, char** arguments)
             continue;
         stop = true;
     }};
-    std::thread tone{send_tone, sender};
-    send_pictures(sender, std::atoi(arguments[2]), std::atoi(arguments[3]), std::atoi(arguments[4]));
+    auto const began = steady::now();
+    std::thread tone{send_tone, sender, began};
+    send_pictures(sender, began, std::atoi(arguments[2]), std::atoi(arguments[3]), std::atoi(arguments[4]));
     tone.join();
     waits.join();
     Quillolib_send_destroy(sender);
