@@ -18,21 +18,28 @@ using enum reach_rule;
 
 using rows = std::vector<conversion>;
 using planes = std::vector<plane_shape>;
+// Made outside the lambdas that are templates: a type of its own for each row takes GCC minutes to tell apart.
+using reference_call = std::function<void(call const&)>;
+
+void add_row(rows& t, std::string_view name, conversion row, std::size_t bits, std::size_t flags)
+{
+    static std::deque<std::string> names; // rows only look at theirs
+    std::string& full = names.emplace_back(name);
+    full += '<';
+    for (std::size_t flag = 0; flag < flags; ++flag)
+        full += bits >> flag & 1 ? '1' : '0';
+    full += '>';
+    row.name = full;
+    row.sources_aligned = bits & 1;
+    row.outputs_aligned = bits & 2;
+    t.push_back(std::move(row));
+}
 
 // Adds make<flags...>() for every value of the flags, the first two being source and destination alignment.
 template <class Make, std::size_t bits, std::size_t... flag>
 void add_one(rows& t, std::string_view name, Make make, std::index_sequence<flag...>)
 {
-    static std::deque<std::string> names; // rows only look at theirs
-    std::string& full = names.emplace_back(name);
-    full += '<';
-    ((full += (bits >> flag & 1) ? '1' : '0'), ...);
-    full += '>';
-    conversion row = make.template operator()<(bits >> flag & 1)...>();
-    row.name = full;
-    row.sources_aligned = bits & 1;
-    row.outputs_aligned = bits & 2;
-    t.push_back(std::move(row));
+    add_row(t, name, make.template operator()<(bits >> flag & 1)...>(), bits, sizeof...(flag));
 }
 
 template <int flags, class Make>
@@ -45,8 +52,7 @@ void add(rows& t, std::string_view name, Make make)
     (std::make_index_sequence<1u << flags>{});
 }
 
-conversion row(planes shapes, void (*kernel)(call const&), std::function<void(call const&)> reference,
-               bool returns_opaque = false)
+conversion row(planes shapes, void (*kernel)(call const&), reference_call reference, bool returns_opaque = false)
 {
     conversion result{{}, std::move(shapes), last_argument::none, kernel, std::move(reference)};
     result.returns_opaque = returns_opaque;
@@ -61,15 +67,16 @@ void store_result(call const& c, bool opaque)
 
 void add_copies(rows& t)
 {
+    reference_call const y = [](call const& c) { copy_bytes(c.planes[0].data, c.planes[1].data, c.width); };
+    reference_call const bgra = [](call const& c) {
+        store_result(c, copy_pixels(c.planes[0].data, c.planes[1].data, c.width));
+    };
     add<2>(
-        t, "line::y::y", []<bool... f>() {
-            return row({in(1), out(1)}, invoke_kernel<line::y::y<f...>>,
-                       [](call const& c) { copy_bytes(c.planes[0].data, c.planes[1].data, c.width); });
+        t, "line::y::y", [&]<bool... f>() {
+            return row({in(1), out(1)}, invoke_kernel<line::y::y<f...>>, y);
         });
-    add<3>(t, "line::bgra::bgra", []<bool src, bool dst, bool test>() {
-        return row(
-            {in(4), out(4)}, invoke_kernel<line::bgra::bgra<src, dst, test>>,
-            [](call const& c) { store_result(c, copy_pixels(c.planes[0].data, c.planes[1].data, c.width)); }, test);
+    add<3>(t, "line::bgra::bgra", [&]<bool src, bool dst, bool test>() {
+        return row({in(4), out(4)}, invoke_kernel<line::bgra::bgra<src, dst, test>>, bgra, test);
     });
 }
 
@@ -77,13 +84,13 @@ void add_ycbcr444_to_uyvy(rows& t)
 {
     static planes const to_uyvy{in(4, whole_last_pair), out(2, whole_last_pair)};
     static planes const to_uyvy_a{in(4, whole_last_pair), out(2, whole_last_pair), out(1, whole_last_pair)};
-    auto over_black = [](order444 order) {
+    auto over_black = [](order444 order) -> reference_call {
         return [order](call const& c) { over_black_to_uyvy(c.planes[0].data, c.planes[1].data, c.width, order); };
     };
-    auto reorder = [](order444 order) {
+    auto reorder = [](order444 order) -> reference_call {
         return [order](call const& c) { reorder_to_uyvy(c.planes[0].data, c.planes[1].data, c.width, order); };
     };
-    auto split = [](order444 order) {
+    auto split = [](order444 order) -> reference_call {
         return [order](call const& c) {
             store_result(c, split_to_uyvy_a(c.planes[0].data, c.planes[1].data, c.planes[2].data, c.width, order));
         };
@@ -116,17 +123,23 @@ rgb_order order_of(bool rgba) { return rgba ? rgb_order::rgba : rgb_order::bgra;
 
 matrix matrix_of(bool is_709) { return is_709 ? bt709 : bt601; }
 
+reference_call rgb_to_uyvy_reference(bool premultiply, bool is_709, bool rgba)
+{
+    return [=](call const& c) {
+        if (premultiply)
+            premultiplied_rgb_to_uyvy(c.planes[0].data, c.planes[1].data, c.width, order_of(rgba));
+        else
+            rgb_to_uyvy(c.planes[0].data, c.planes[1].data, c.width, matrix_of(is_709), order_of(rgba));
+    };
+}
+
 template <bool premultiply, bool is_709>
 void add_rgb_to_uyvy_with(rows& t, std::string_view name)
 {
     add<3>(t, name, []<bool src, bool dst, bool rgba>() {
         return row({in(4, whole_pairs), out(2, whole_pairs)},
-                   invoke_kernel<line::rgba_and_bgra::uyvy<src, dst, premultiply, is_709, rgba>>, [](call const& c) {
-                       if (premultiply)
-                           premultiplied_rgb_to_uyvy(c.planes[0].data, c.planes[1].data, c.width, order_of(rgba));
-                       else
-                           rgb_to_uyvy(c.planes[0].data, c.planes[1].data, c.width, matrix_of(is_709), order_of(rgba));
-                   });
+                   invoke_kernel<line::rgba_and_bgra::uyvy<src, dst, premultiply, is_709, rgba>>,
+                   rgb_to_uyvy_reference(premultiply, is_709, rgba));
     });
 }
 
@@ -135,25 +148,27 @@ void add_rgb_to_uyvy(rows& t)
     add_rgb_to_uyvy_with<true, true>(t, "line::rgba_and_bgra::uyvy premultiply 709 ");
     add_rgb_to_uyvy_with<false, true>(t, "line::rgba_and_bgra::uyvy 709 ");
     add_rgb_to_uyvy_with<false, false>(t, "line::rgba_and_bgra::uyvy 601 ");
-    add<5>(t, "line::rgba_and_bgra::uyvy_a", []<bool src, bool dst, bool is_709, bool test, bool rgba>() {
-        return row(
-            {in(4, whole_pairs), out(2, whole_pairs), out(1, whole_pairs)},
-            invoke_kernel<line::rgba_and_bgra::uyvy_a<src, dst, is_709, test, rgba>>,
-            [](call const& c) {
-                store_result(c, rgb_to_uyvy_a(c.planes[0].data, c.planes[1].data, c.planes[2].data, c.width,
-                                              matrix_of(is_709), order_of(rgba)));
-            },
-            test);
+    auto to_uyvy_a = [](bool is_709, bool rgba) -> reference_call {
+        return [=](call const& c) {
+            store_result(c, rgb_to_uyvy_a(c.planes[0].data, c.planes[1].data, c.planes[2].data, c.width,
+                                          matrix_of(is_709), order_of(rgba)));
+        };
+    };
+    reference_call const bgr = [](call const& c) { bgr_to_uyvy(c.planes[0].data, c.planes[1].data, c.width); };
+    add<5>(t, "line::rgba_and_bgra::uyvy_a", [&]<bool src, bool dst, bool is_709, bool test, bool rgba>() {
+        return row({in(4, whole_pairs), out(2, whole_pairs), out(1, whole_pairs)},
+                   invoke_kernel<line::rgba_and_bgra::uyvy_a<src, dst, is_709, test, rgba>>, to_uyvy_a(is_709, rgba),
+                   test);
     });
-    add<2>(t, "line::bgr::uyvy 709 ", []<bool src, bool dst>() {
+    add<2>(t, "line::bgr::uyvy 709 ", [&]<bool src, bool dst>() {
         return row({in(3, whole_last_pair), out(2, whole_last_pair)}, invoke_kernel<line::bgr::uyvy<src, dst, true>>,
-                   [](call const& c) { bgr_to_uyvy(c.planes[0].data, c.planes[1].data, c.width); });
+                   bgr);
     });
 }
 
 void add_rgb_to_ycbcr444(rows& t)
 {
-    auto reference = [](bool is_709, bool rgba, bool crcby, fourth_byte fourth) {
+    auto reference = [](bool is_709, bool rgba, bool crcby, fourth_byte fourth) -> reference_call {
         return [=](call const& c) {
             rgb_to_ycbcr444(c.planes[0].data, c.planes[1].data, c.width, matrix_of(is_709), order_of(rgba),
                             crcby ? ycbcr_order::crcby : ycbcr_order::ycbcr, fourth);
@@ -175,21 +190,21 @@ void add_uyvy_to_rgb(rows& t)
     static planes const a_to_rgba{in(2), in(1), out(4, whole_pairs)};
     static planes const to_bgr{in(2, whole_last_pair), out(3, whole_last_pair)};
     static planes const to_planes{in(2), out(1, whole_pairs), out(1, whole_pairs), out(1, whole_pairs)};
-    auto rgba_reference = [](bool is_709, bool rgba) {
+    auto rgba_reference = [](bool is_709, bool rgba) -> reference_call {
         return [=](call const& c) {
             uyvy_to_rgba(c.planes[0].data, nullptr, c.planes[1].data, c.width, matrix_of(is_709), order_of(rgba));
         };
     };
-    auto a_reference = [](bool is_709, bool rgba) {
+    auto a_reference = [](bool is_709, bool rgba) -> reference_call {
         return [=](call const& c) {
             uyvy_to_rgba(c.planes[0].data, c.planes[1].data, c.planes[2].data, c.width, matrix_of(is_709),
                          order_of(rgba));
         };
     };
-    auto bgr_reference = [](bool is_709) {
+    auto bgr_reference = [](bool is_709) -> reference_call {
         return [=](call const& c) { uyvy_to_bgr(c.planes[0].data, c.planes[1].data, c.width, matrix_of(is_709)); };
     };
-    auto planes_reference = [](bool is_709) {
+    auto planes_reference = [](bool is_709) -> reference_call {
         return [=](call const& c) {
             uyvy_to_r_g_b(c.planes[0].data, c.planes[1].data, c.planes[2].data, c.planes[3].data, c.width,
                           matrix_of(is_709));
@@ -262,18 +277,20 @@ void add_uyvy_to_rgb(rows& t)
 
 void add_repacking(rows& t)
 {
+    reference_call const over_black = [](call const& c) {
+        composite_over_black(c.planes[0].data, c.planes[1].data, c.planes[2].data, c.width);
+    };
+    reference_call const crcbya = [](call const& c) {
+        uyvy_a_to_crcbya(c.planes[0].data, c.planes[1].data, c.planes[2].data, c.width);
+    };
     add<2>(
-        t, "line::uyvy_a::uyvy", []<bool... f>() {
+        t, "line::uyvy_a::uyvy", [&]<bool... f>() {
             return row({in(2, whole_last_pair), in(1, whole_last_pair), out(2, whole_last_pair)},
-                       invoke_kernel<line::uyvy_a::uyvy<f...>>, [](call const& c) {
-                           composite_over_black(c.planes[0].data, c.planes[1].data, c.planes[2].data, c.width);
-                       });
+                       invoke_kernel<line::uyvy_a::uyvy<f...>>, over_black);
         });
     add<2>(
-        t, "line::uyvy_a::crcbya", []<bool... f>() {
-            return row(
-                {in(2, whole_last_pair), in(1), out(4)}, invoke_kernel<line::uyvy_a::crcbya<f...>>,
-                [](call const& c) { uyvy_a_to_crcbya(c.planes[0].data, c.planes[1].data, c.planes[2].data, c.width); });
+        t, "line::uyvy_a::crcbya", [&]<bool... f>() {
+            return row({in(2, whole_last_pair), in(1), out(4)}, invoke_kernel<line::uyvy_a::crcbya<f...>>, crcbya);
         });
 }
 
