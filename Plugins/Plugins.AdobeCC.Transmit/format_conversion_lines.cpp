@@ -112,6 +112,8 @@ void blend_uyvy::run(unsigned char const* fg, unsigned char const* alpha, unsign
     how.streaming = false;
     auto i = blocks<p, 8>(width, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
         prefetch<p, 16 * V::lanes>(fg + at * 2, how.ahead);
+        prefetch<p, 8 * V::lanes>(alpha + at, how.ahead / 2);
+        prefetch<p, 16 * V::lanes>(dst + at * 2, how.ahead);
         auto const front = V::template load<src_aligned>(fg + at * 2);
         auto const back = V::template load<dst_aligned>(dst + at * 2);
         auto const eight = V::load_low_halves(alpha + at), a = zip_low_8(eight, eight);

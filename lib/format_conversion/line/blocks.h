@@ -25,8 +25,12 @@ QUILLO_INLINE inline void note_ran()
         __atomic_store_n(&detail::last_reported, static_cast<int>(p), __ATOMIC_RELAXED);
 }
 
-// Fetches the cache lines of so many bytes so far ahead, if at all. Pays with several sources or targets and before
-// streamed stores; between one source and one target of ordinary stores the processor reads ahead better by itself.
+// Whether fetching ahead pays between one source and one target. Processors that have AVX-512 read ahead better by
+// themselves there, except for streamed stores.
+template <processor p, bool streaming>
+constexpr bool fetched_ahead = streaming || p != processor::avx512;
+
+// Fetches the cache lines of so many bytes so far ahead, if at all.
 template <processor p, int bytes>
 QUILLO_INLINE inline void prefetch(unsigned char const* at, std::ptrdiff_t ahead)
 {

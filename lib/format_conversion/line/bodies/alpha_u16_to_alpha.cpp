@@ -12,7 +12,7 @@ void narrow_alpha::run(unsigned short const* src, unsigned char* dst, int count,
 
     auto i = blocks<p, 16>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
         auto const* const from = bytes + at * 2;
-        if constexpr (streaming)
+        if constexpr (fetched_ahead<p, streaming>)
             prefetch<p, 32 * V::lanes>(from, how.ahead);
         pack_all_u8(shift_right_u16(V::template load<src_aligned>(from), by<8>),
                     shift_right_u16(V::template load<src_aligned>(from + 16 * V::lanes), by<8>))

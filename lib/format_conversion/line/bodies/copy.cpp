@@ -66,7 +66,7 @@ bool copy_testing_alpha::run(unsigned char const* src, unsigned char* dst, int c
     }
 
     auto i = vectors<p>(bytes, how, [&]<class V, bool streaming>(std::ptrdiff_t n) {
-        if constexpr (streaming)
+        if constexpr (fetched_ahead<p, streaming>)
             prefetch<p, 16 * V::lanes>(src + n, how.ahead);
         auto const pixels = V::template load<src_aligned>(src + n);
         pixels.template store<dst_aligned, streaming>(dst + n);

@@ -15,7 +15,7 @@ void spread_grey::run(unsigned char const* src, unsigned char* dst, int count, a
     static constexpr lane<unsigned> mask_alpha{0xFF000000};
 
     auto i = blocks<p, 16>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        if constexpr (streaming)
+        if constexpr (fetched_ahead<p, streaming>)
             prefetch<p, 16 * V::lanes>(src + at, how.ahead);
         auto const grey = V::template load<src_aligned>(src + at);
         auto const four = [&](lane<unsigned char> const& which) {

@@ -11,7 +11,7 @@ void swap_pairs::run(unsigned char const* src, unsigned char* dst, int count, ac
     static constexpr lane<unsigned char> swapped{1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14};
 
     auto i = blocks<p, 16>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        if constexpr (streaming)
+        if constexpr (fetched_ahead<p, streaming>)
             prefetch<p, 32 * V::lanes>(src + at * 2, how.ahead);
         for (auto from = at * 2; from < at * 2 + 32 * V::lanes; from += 16 * V::lanes)
             shuffle(V::template load<src_aligned>(src + from), V::repeat(swapped))

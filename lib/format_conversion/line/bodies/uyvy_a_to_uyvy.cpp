@@ -15,10 +15,8 @@ void composite_uyvy::run(unsigned char const* src, unsigned char const* alpha, u
     static constexpr words high_byte{0xFF00};
 
     auto i = blocks<p, 16>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        if constexpr (streaming) {
-            prefetch<p, 32 * V::lanes>(src + at * 2, how.ahead);
-            prefetch<p, 16 * V::lanes>(alpha + at, how.ahead / 2);
-        }
+        prefetch<p, 32 * V::lanes>(src + at * 2, how.ahead);
+        prefetch<p, 16 * V::lanes>(alpha + at, how.ahead / 2);
         // Source and black are weighted and floored each by itself, chroma in the low byte of a pixel's 16 bits and
         // luma in the high one.
         auto const over_black = [](V uyvy, V alphas) {

@@ -12,7 +12,7 @@ void take_luma::run(unsigned char const* src, unsigned char* dst, int count, acc
     auto i = blocks<p, 32>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
         for (int half = 0; half < 2; ++half) {
             auto const from = at + half * 16 * V::lanes;
-            if constexpr (streaming)
+            if constexpr (fetched_ahead<p, streaming>)
                 prefetch<p, 32 * V::lanes>(src + from * 2, how.ahead);
             auto const luma = [&](std::ptrdiff_t of) {
                 auto const uyvy = V::template load<src_aligned>(src + of * 2);

@@ -43,7 +43,7 @@ void uyvy_to_ycbcrx::run(unsigned char const* src, unsigned char* dst, int count
     static constexpr lane<unsigned char> opaque{0, 0, 0, 255};
 
     auto const done = blocks<p, 8>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        if constexpr (streaming)
+        if constexpr (fetched_ahead<p, streaming>)
             prefetch<p, 16 * V::lanes>(src + at * 2, how.ahead);
         auto const [low, high] = without_alpha<ycbcra_order>(V::template load<src_aligned>(src + at * 2));
         V::template store_pairs<dst_aligned, streaming>(dst + at * 4, low | V::repeat(opaque),

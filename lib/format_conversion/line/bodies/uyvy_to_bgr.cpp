@@ -99,7 +99,7 @@ void uyvy_to_three_bytes::run(unsigned char const* src, unsigned char* dst, int 
     static constexpr lane<unsigned short> low_byte{255};
 
     auto i = blocks<p, 16>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        if constexpr (streaming)
+        if constexpr (fetched_ahead<p, streaming>)
             prefetch<p, 32 * V::lanes>(src + at * 2, how.ahead);
         auto const [first, second] = V::template load_pairs<src_aligned>(src + at * 2);
         auto const low = shuffle(first, V::repeat(chroma_then_luma));

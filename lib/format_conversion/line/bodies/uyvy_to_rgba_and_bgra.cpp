@@ -43,12 +43,12 @@ QUILLO_INLINE inline void four_bytes(unsigned char const* src, Alpha alpha, unsi
     auto const in_order = [](auto r, auto b) { return order == rgba_order ? std::pair{r, b} : std::pair{b, r}; };
 
     auto i = blocks<p, 8>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        if constexpr (streaming)
+        if constexpr (fetched_ahead<p, streaming>)
             prefetch<p, 16 * V::lanes>(src + at * 2, how.ahead);
         auto const [r, g, b] = rgb_64<matrix>(V::template load<src_aligned>(src + at * 2));
         auto const [first, third] = in_order(r, b);
         auto const first_third = pack_u8(first, third);
-        auto const g_a = pack_u8(g, alpha.template words<V>(at, streaming ? how.ahead / 2 : 0));
+        auto const g_a = pack_u8(g, alpha.template words<V>(at, fetched_ahead<p, streaming> ? how.ahead / 2 : 0));
         auto const low = zip_low_8(first_third, g_a), high = zip_high_8(first_third, g_a); // B G B G .. | R A R A ..
         V::template store_pairs<dst_aligned, streaming>(dst + at * 4, zip_low_16(low, high), zip_high_16(low, high));
     });

@@ -15,7 +15,7 @@ void narrow_v210::run(unsigned char const* src, unsigned char* dst, int count, a
     // The last group of a run is never whole, so a block ends before it.
     auto i = blocks<p, 24>(count - 1, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
         auto const* const groups = src + at / 6 * 16;
-        if constexpr (streaming)
+        if constexpr (fetched_ahead<p, streaming>)
             prefetch<p, 64 * V::lanes>(groups, how.ahead);
         auto const four_groups = [&](int n) {
             auto const words = V::template load<src_aligned>(groups + n * 16 * V::lanes);

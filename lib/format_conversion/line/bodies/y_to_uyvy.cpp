@@ -14,7 +14,7 @@ void add_grey_chroma::run(unsigned char const* src, unsigned char* dst, int coun
     static constexpr lane<unsigned char> grey_and_black{128, 16};
 
     auto i = blocks<p, 16>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        if constexpr (streaming)
+        if constexpr (fetched_ahead<p, streaming>)
             prefetch<p, 16 * V::lanes>(src + at, how.ahead);
         auto const luma = V::template load<src_aligned>(src + at);
         auto const compressed = [](V eight) {
