@@ -122,11 +122,10 @@ void hand_over::disconnect(steady::time_point now, log_level level, std::string_
     note(level, "no connection to the publisher: ", why);
     bool const held_for_long = publisher && now - connected_at >= 1s;
     publisher.reset();
-    pool.reset();
     publisher_speaks = false;
     wants = {};
-    box.set_attentive(false);
     box.set_wants(false, false);
+    drop_pool();
     starts.lost(now);
     // One that has held for a while is tried again at once, one that breaks every time less and less often.
     connect_pause = held_for_long ? steady::duration{}
@@ -155,7 +154,7 @@ bool hand_over::talk(steady::time_point now)
     if (!publisher->flush())
         return false;
     if (!wants.video && publisher->idle())
-        pool.reset();
+        drop_pool();
     return say_formats() && say_picture(now) && say_sound();
 }
 
@@ -175,14 +174,12 @@ bool hand_over::obey(incoming const& said, steady::time_point now)
     case message::wants:
         wants = said.wants;
         box.set_wants(wants.video != 0, wants.audio != 0);
-        if (!wants.video)
-            box.set_attentive(false);
         messages.write(log_level::debug, std::string{"wanted: "} + (wants.video ? "pictures " : "no pictures ") +
                                              (wants.audio ? "sound" : "no sound"));
         break;
     default:
         if (pool && said.release.pool_id == pool_id)
-            pool->give_back(said.release.slot);
+            box.give_back(said.release.slot);
     }
     return true;
 }
@@ -213,59 +210,66 @@ bool hand_over::say_format(protocol::audio_format_body const& format)
 
 bool hand_over::say_picture(steady::time_point now)
 {
-    auto const bytes = box.offered_bytes();
-    if (!bytes)
-        return true;
-    if (!publisher->idle()) {
-        box.set_starved();
-        return true;
+    auto const bytes = box.waiting_bytes();
+    if (bytes && (!pool || pool->slot_bytes() < *bytes)) {
+        if (!say_copies())
+            return false;
+        if (publisher->idle() && !make_pool(*bytes, now))
+            return false;
     }
-    if ((!pool || pool->slot_bytes() < *bytes) && !make_pool(*bytes, now))
-        return false;
-    auto const slot = pool && publisher->idle() ? pool->take() : std::nullopt;
-    if (!slot) {
-        box.set_starved();
-        return true;
+    box.copy_waiting();
+    return say_copies();
+}
+
+bool hand_over::say_copies()
+{
+    while (publisher->idle()) {
+        auto const copy = box.next_copied();
+        if (!copy)
+            break;
+        auto const& held = copy->held;
+        protocol::video_body const said{.format = held.what.format,
+                                        .pool_id = pool_id,
+                                        .slot = copy->slot,
+                                        .timecode_100ns = held.timecode_100ns,
+                                        .sent_ns = held.sent_ns,
+                                        .index = held.index,
+                                        .repeat = copy->repeat ? 1u : 0u,
+                                        .reserved = 0};
+        // The host may have gone on to another format since the last look at it.
+        if (!say_format(said.format) || !publisher->send(message::video, said))
+            return false;
     }
-    auto const offer = box.begin_copy(pool->slot_bytes());
-    if (!offer) {
-        pool->give_back(*slot);
-        return true;
-    }
-    offer->held.what.copy_to(pool->slot(*slot));
-    box.end_copy();
-    protocol::video_body const said{.format = offer->held.what.format,
-                                    .pool_id = pool_id,
-                                    .slot = *slot,
-                                    .timecode_100ns = offer->held.timecode_100ns,
-                                    .sent_ns = offer->held.sent_ns,
-                                    .index = offer->held.index,
-                                    .repeat = offer->repeat ? 1u : 0u,
-                                    .reserved = 0};
-    // The host may have gone on to another format since the last look at it.
-    return say_format(said.format) && publisher->send(message::video, said);
+    return true;
 }
 
 bool hand_over::make_pool(std::size_t picture_bytes, steady::time_point now)
 {
     if (now < next_pool)
         return true;
-    // Touching all of it takes a while, for which no video call shall wait.
-    box.set_attentive(false);
-    pool.reset();
+    drop_pool();
     try {
-        pool.emplace(picture_bytes);
+        // Touching all of it takes a while, in which no video call waits.
+        pool = std::make_shared<slot_pool>(picture_bytes);
     } catch (std::system_error const& error) {
         note(log_level::error, std::string{"no memory for pictures: "} + error.what());
         next_pool = now + 1s;
         return true;
     }
     ++pool_id;
-    box.set_attentive(true);
+    box.set_pool(pool);
     return publisher->send(
         message::pool,
         protocol::pool_body{.pool_id = pool_id, .slots = slot_pool::slots, .slot_bytes = pool->slot_bytes()}, {},
         pool->fd());
+}
+
+void hand_over::drop_pool() noexcept
+{
+    if (!pool)
+        return;
+    box.set_pool(nullptr);
+    pool.reset();
 }
 
 bool hand_over::say_sound()

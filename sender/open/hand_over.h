@@ -1,4 +1,5 @@
-// The one thread of a sender: copies pictures into the pool, and says everything that there is to say to the publisher.
+// The one thread of a sender: copies pictures into the pool, unless the host's thread comes first, and says everything
+// that there is to say to the publisher.
 #pragma once
 
 #include "sender/open/channel.h"
@@ -10,6 +11,7 @@
 
 #include <array>
 #include <atomic>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -52,7 +54,9 @@ class hand_over
     bool say_format(protocol::video_format_body const&);
     bool say_format(protocol::audio_format_body const&);
     bool say_picture(steady::time_point now);
+    bool say_copies();
     bool make_pool(std::size_t picture_bytes, steady::time_point now);
+    void drop_pool() noexcept;
     bool say_sound();
 
     void keep_books(steady::time_point now);
@@ -73,8 +77,8 @@ class hand_over
     protocol::wants_body wants{};
     mailbox::formats said_formats;
     std::uint32_t pool_id = 0;
-    std::optional<slot_pool> pool;
-    steady::time_point next_pool; // after a failure
+    std::shared_ptr<slot_pool> pool; // the mailbox has it too, and lends its slots
+    steady::time_point next_pool;    // after a failure
 
     steady::time_point connected_at;
     steady::time_point next_connect;

@@ -1,5 +1,6 @@
 #include "sender/open/mailbox.h"
 
+#include <algorithm>
 #include <exception>
 #include <utility>
 
@@ -15,30 +16,50 @@ void mailbox::take_back()
 
 void mailbox::take_back(std::unique_lock<std::mutex>& guard)
 {
-    auto const waits_for_pick_up = [&] { return held && held_stage == stage::fresh && wants_video && attentive; };
-    if (waits_for_pick_up())
-        moved_on.wait_until(guard, held_pick_up_by, [&] { return !waits_for_pick_up(); });
-    moved_on.wait(guard, [&] { return !held || held_stage != stage::copying; });
+    if (copy(guard))
+        wake();
+    copy_ended.wait(guard, [&] { return !held || held_stage != stage::copying; });
     if (!held)
         return;
 
-    if (wants_video && !held_before_watching) {
-        if (held_stage == stage::fresh)
-            ++counts.video_replaced;
-        else if (held_stage == stage::starved)
-            ++counts.video_no_slot;
+    if (wants_video && !held_before_watching && held_stage == stage::fresh) {
+        bool const has_room = pool && held->what.bytes() <= pool->slot_bytes();
+        ++(has_room ? counts.video_no_slot : counts.video_replaced);
     }
     held.reset();
 }
 
-void mailbox::hold(picture const& what, std::int64_t timecode_100ns, std::int64_t sent_ns,
-                   steady::time_point pick_up_by)
+bool mailbox::copy(std::unique_lock<std::mutex>& guard)
+{
+    if (!wants_video || !held || held_stage != stage::fresh || !pool || held->what.bytes() > pool->slot_bytes())
+        return false;
+    auto const slot = pool->take();
+    if (!slot)
+        return false;
+    held_stage = stage::copying;
+    copied const made{*held, held_before_watching, *slot};
+    auto const into = pool; // it may be replaced meanwhile
+
+    guard.unlock();
+    made.held.what.copy_to(into->slot(made.slot));
+    guard.lock();
+
+    held_stage = stage::done;
+    held_before_watching = false;
+    if (pool == into)
+        copies[made.slot] = made;
+    else if (wants_video)
+        ++counts.video_replaced;
+    copy_ended.notify_all();
+    return true;
+}
+
+void mailbox::hold(picture const& what, std::int64_t timecode_100ns, std::int64_t sent_ns)
 {
     std::unique_lock guard{lock};
     take_back(guard);
     held = {what, timecode_100ns, sent_ns, counts.video_sends++};
     held_stage = stage::fresh;
-    held_pick_up_by = pick_up_by;
     held_before_watching = !wants_video;
 
     bool const new_format = seen.video != what.format;
@@ -144,7 +165,7 @@ void mailbox::count_audio_late()
 void mailbox::set_wants(bool video, bool audio)
 {
     std::lock_guard const guard{lock};
-    if (video && !wants_video) {
+    if (video && !wants_video && held_stage != stage::copying) {
         held_stage = stage::fresh;
         held_before_watching = held.has_value();
     }
@@ -152,47 +173,47 @@ void mailbox::set_wants(bool video, bool audio)
     wants_audio = audio;
     if (!audio)
         ring_count = 0;
-    moved_on.notify_all();
 }
 
-void mailbox::set_attentive(bool now)
+void mailbox::set_pool(std::shared_ptr<slot_pool> next)
 {
     std::lock_guard const guard{lock};
-    attentive = now;
-    moved_on.notify_all();
+    for (auto& copy : copies) {
+        if (copy && wants_video)
+            ++counts.video_replaced;
+        copy.reset();
+    }
+    pool.swap(next);
 }
 
-std::optional<std::size_t> mailbox::offered_bytes() const
+void mailbox::give_back(std::uint32_t slot)
 {
     std::lock_guard const guard{lock};
-    if (!wants_video || !held || held_stage == stage::done)
+    if (pool)
+        pool->give_back(slot);
+}
+
+std::optional<std::size_t> mailbox::waiting_bytes() const
+{
+    std::lock_guard const guard{lock};
+    if (!wants_video || !held || held_stage != stage::fresh)
         return {};
     return held->what.bytes();
 }
 
-std::optional<mailbox::offer> mailbox::begin_copy(std::size_t room)
+void mailbox::copy_waiting()
 {
-    std::lock_guard const guard{lock};
-    if (!wants_video || !held || held_stage == stage::done || held->what.bytes() > room)
-        return {};
-    held_stage = stage::copying;
-    return offer{*held, held_before_watching};
+    std::unique_lock guard{lock};
+    copy(guard);
 }
 
-void mailbox::end_copy()
+std::optional<mailbox::copied> mailbox::next_copied()
 {
     std::lock_guard const guard{lock};
-    held_stage = stage::done;
-    held_before_watching = false;
-    moved_on.notify_all();
-}
-
-void mailbox::set_starved()
-{
-    std::lock_guard const guard{lock};
-    if (held && held_stage == stage::fresh)
-        held_stage = stage::starved;
-    moved_on.notify_all();
+    auto const oldest = std::min_element(copies.begin(), copies.end(), [](auto const& a, auto const& b) {
+        return a && (!b || a->held.index < b->held.index);
+    });
+    return std::exchange(*oldest, std::nullopt);
 }
 
 mailbox::block const* mailbox::first_sound() const

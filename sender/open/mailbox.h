@@ -1,15 +1,18 @@
 // What the host's threads leave for the hand-over thread: the picture held, blocks of sound, formats and counts.
 //
-// One lock, held for moments only. The host's threads never wait in here for the publisher or for a socket: a video
-// call waits for the copy of the picture it takes back, a sound call for nothing.
+// One lock, held for moments only. The host's threads never wait in here for the publisher or for a socket, nor for the
+// hand-over thread to get its turn: a video call waits for the copy of the picture it takes back, and makes that copy
+// itself if nobody has begun it; a sound call waits for nothing.
 #pragma once
 
 #include "sender/open/pacing.h"
 #include "sender/open/records.h"
+#include "sender/open/slot_pool.h"
 
 #include <array>
 #include <condition_variable>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -38,8 +41,7 @@ class mailbox
     void take_back();
 
     // Holds a picture until it is taken back. One that another thread's video call left in between is taken back first.
-    // An attentive hand-over thread gets until pick_up_by to pick it up: until then a take_back waits for that.
-    void hold(picture const&, std::int64_t timecode_100ns, std::int64_t sent_ns, steady::time_point pick_up_by);
+    void hold(picture const&, std::int64_t timecode_100ns, std::int64_t sent_ns);
 
     // Whether a picture is held: only then a video call waits.
     bool holds() const;
@@ -57,22 +59,23 @@ class mailbox
     // Whether somebody watches and listens. When watching begins, the picture held is offered once more.
     void set_wants(bool video, bool audio);
 
-    // Attentive: pictures are picked up within moments, so that it pays for a video call to wait for that.
-    void set_attentive(bool);
+    // Where pictures are copied to; null: nowhere. Copies in the pool before are dropped.
+    void set_pool(std::shared_ptr<slot_pool>);
+    void give_back(std::uint32_t slot);
 
-    struct offer
+    // How large the picture is that waits to be copied, if there is one.
+    std::optional<std::size_t> waiting_bytes() const;
+    // Copies it, unless a video call does. It goes on waiting when there is no slot.
+    void copy_waiting();
+
+    struct copied
     {
         held_picture held;
         bool repeat; // was held before anybody watched
+        std::uint32_t slot;
     };
-    // The picture to hand over, if there is one; it stays the host's.
-    std::optional<std::size_t> offered_bytes() const;
-    // From begin_copy to end_copy the picture may be read. None when there is nothing (more) to hand over, or the
-    // picture has meanwhile become one that needs more than room bytes.
-    std::optional<offer> begin_copy(std::size_t room);
-    void end_copy();
-    // There is no free slot: no video call needs to wait for the picture held now.
-    void set_starved();
+    // The oldest copy of which the publisher is to be told.
+    std::optional<copied> next_copied();
 
     // A block of sound as it goes into a message; the span is good until drop_sound.
     struct block
@@ -98,13 +101,13 @@ class mailbox
 
   private:
     enum class stage {
-        fresh,   // to be handed over when wanted
-        starved, // the same, but the publisher gives no slot back
+        fresh, // to be copied when wanted
         copying,
         done
     };
 
     void take_back(std::unique_lock<std::mutex>&);
+    bool copy(std::unique_lock<std::mutex>&); // false: there is nothing to copy, or nowhere
     template <class Line>
     void note_refusal(unsigned reason, Line const&);
     void wake_if_asked();
@@ -113,14 +116,14 @@ class mailbox
 
     std::function<void()> const wake;
     mutable std::mutex lock;
-    std::condition_variable moved_on; // the stage, or the attention, changed
+    std::condition_variable copy_ended;
 
     // all of it guarded by lock
     std::optional<held_picture> held;
     stage held_stage = stage::done;
-    steady::time_point held_pick_up_by;
     bool held_before_watching = false;
-    bool attentive = false;
+    std::shared_ptr<slot_pool> pool;
+    std::array<std::optional<copied>, slot_pool::slots> copies; // by slot
     bool wants_video = false;
     bool wants_audio = false;
     bool wake_asked = true;

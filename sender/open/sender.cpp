@@ -10,7 +10,6 @@
 #include <sys/random.h>
 #endif
 
-#include <algorithm>
 #include <csignal>
 #include <stdexcept>
 #include <string_view>
@@ -20,10 +19,6 @@ namespace quillo::open {
 using namespace std::chrono_literals;
 
 namespace {
-
-// How long the hand-over thread has to pick up a picture while a video call waits for it; a frame's time if that is
-// less.
-constexpr steady::duration longest_patience = 40ms;
 
 std::int64_t nanoseconds(steady::time_point time) { return std::chrono::nanoseconds{time.time_since_epoch()}.count(); }
 
@@ -100,14 +95,12 @@ void sender::send_video(SenderVideoFrame const* frame, bool finish)
     }
     auto const& what = std::get<picture>(checked);
     auto const now = steady::now();
-    auto patience = longest_patience;
     if (clock_video) {
         std::lock_guard const guard{clocks};
         if (pictures.frame(now, what.format.rate_n, what.format.rate_d))
             work->box.count_video_late();
-        patience = std::min(patience, pictures.period());
     }
-    work->box.hold(what, frame->timecode, nanoseconds(now), now + patience);
+    work->box.hold(what, frame->timecode, nanoseconds(now));
     if (finish)
         finish_held();
 }
