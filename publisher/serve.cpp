@@ -10,6 +10,7 @@
 
 #include <malloc.h>
 #include <signal.h>
+#include <sys/resource.h>
 
 #include <ctime>
 #include <thread>
@@ -37,6 +38,13 @@ sigset_t block_signals()
     pthread_sigmask(SIG_BLOCK, &set, nullptr);
     ::signal(SIGPIPE, SIG_IGN);
     return set;
+}
+
+// Threads that begin from here on have it too. Whoever started this process may have asked for more.
+void let_hosts_go_first(int nice)
+{
+    if (::getpriority(PRIO_PROCESS, 0) < nice)
+        ::setpriority(PRIO_PROCESS, 0, nice);
 }
 
 void set_log(configuration const& from)
@@ -136,6 +144,7 @@ void serve(serve_settings const& settings)
     mallopt(M_TOP_PAD, frame_sized);
     configuration const initial = settings.configured.read();
     set_log(initial);
+    let_hosts_go_first(initial.nice);
     folder_lock const lock = lock_when_free(open::runtime_folder(), settings.on_demand ? others_end : 0s);
     gst_init(nullptr, nullptr);
 

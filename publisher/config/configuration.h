@@ -49,6 +49,9 @@ struct configuration
     // [video]
     std::string encoder; // empty: the best that works
 
+    // [process]
+    int nice = 10; // how far hosts go before it
+
     // [log]
     log::level log_level = log::level::info;
     bool log_json = false;

@@ -132,6 +132,8 @@ std::vector<option> const& table()
 
         name<&c::encoder>("video", "encoder", "the name of an H.264 encoder element"),
 
+        number<&c::nice, 0, 19>("process", "nice"),
+
         {"log", "level", log::allowed_levels, false,
          [](configuration& to, std::string const& value) {
              auto const level = log::parse_level(value);

@@ -82,6 +82,7 @@ std::string at_next_start(configuration const& now, configuration const& wanted)
     note(wanted.page && (now.allow != wanted.allow || now.user != wanted.user || now.password != wanted.password),
          "who may see the page");
     note(now.encoder != wanted.encoder, "[video] encoder");
+    note(now.nice != wanted.nice, "[process] nice");
     return keys;
 }
 

@@ -54,6 +54,7 @@ TEST(configuration, everything_that_is_said_is_taken)
                           "[sources]\nslate = 90\n"
                           "[page]\nenabled = false\naddress = ::1\nport = 8081\n"
                           "[video]\nencoder = x264enc\n"
+                          "[process]\nnice = 7\n"
                           "[log]\nlevel = notice\njson = true\n");
     EXPECT_EQ(all.address, "192.168.1.5");
     EXPECT_EQ(all.port, 9000);
@@ -77,6 +78,7 @@ TEST(configuration, everything_that_is_said_is_taken)
     EXPECT_EQ(all.page_address, "::1");
     EXPECT_EQ(all.page_port, 8081);
     EXPECT_EQ(all.encoder, "x264enc");
+    EXPECT_EQ(all.nice, 7);
     EXPECT_EQ(all.log_level, log::level::notice);
     EXPECT_TRUE(all.log_json);
 }

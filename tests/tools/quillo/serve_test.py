@@ -130,6 +130,22 @@ class Activation(Place):
             self.assertIn(b'"version"', status_of(local))
 
 
+class Priority(Place):
+    def test_hosts_go_first(self):
+        def nice_of(*arguments):
+            serving = Serving(self, *arguments)
+            serving.wait_for("serves at")
+            folder = f"/proc/{serving.process.pid}/task"
+            found = {os.getpriority(os.PRIO_PROCESS, int(thread)) for thread in os.listdir(folder)}
+            self.assertEqual(serving.end(), 0)
+            return found
+
+        before = os.getpriority(os.PRIO_PROCESS, 0)
+        self.assertEqual(nice_of(), {max(before, 10)})
+        self.write("[process]\nnice = 12\n")
+        self.assertEqual(nice_of("--config", self.file), {max(before, 12)})
+
+
 class Signals(Place):
     def test_hangup_reads_the_file_again(self):
         self.write("[limits]\nconnections = 5\n")
