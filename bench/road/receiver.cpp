@@ -39,7 +39,7 @@ nlohmann::json receive(std::string const& url, bool raw, int width, int height, 
     std::vector<double> latencies_ms;
     std::uint32_t last = 0;
     std::vector<double> lost_at_s;
-    std::int64_t lost = 0, different = 0, frames = 0, first_ns = 0, other_size = 0;
+    std::int64_t before_play = 0, lost = 0, different = 0, frames = 0, first_ns = 0, other_size = 0;
     while (first_ns == 0 || monotonic_ns() - first_ns < static_cast<std::int64_t>(seconds * 1e9)) {
         sample_ptr sample(gst_app_sink_try_pull_sample(GST_APP_SINK(sink.get()), 5 * GST_SECOND));
         if (!sample)
@@ -58,7 +58,10 @@ nlohmann::json receive(std::string const& url, bool raw, int width, int height, 
         if (s.sent_ns > 0 && s.sent_ns <= now) {
             if (first_ns == 0)
                 first_ns = now;
-            if (last != 0 && s.counter > last + 1) {
+            // The first picture was made for the description; what came between it and PLAY was not asked for.
+            if (frames == 1) {
+                before_play = s.counter - last - 1;
+            } else if (last != 0 && s.counter > last + 1) {
                 lost += s.counter - last - 1;
                 lost_at_s.push_back(static_cast<double>(now - first_ns) / 1e9);
             }
@@ -76,6 +79,7 @@ nlohmann::json receive(std::string const& url, bool raw, int width, int height, 
     double const span = first_ns ? static_cast<double>(ended - first_ns) / 1e9 : 0;
     return {{"frames", frames},
             {"fps", span > 0 ? static_cast<double>(frames) / span : 0},
+            {"before_play", before_play},
             {"lost", lost},
             {"lost_at_s", lost_at_s},
             {"different", different},

@@ -10,6 +10,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <sched.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
@@ -33,7 +34,7 @@ struct options
     int width = 1920, height = 1080, rate = 60, viewers = 1;
     double seconds = 10;
     std::string mount = "raw";
-    bool audio = true, stop_one = false, stop_publisher = false, kill_publisher = false;
+    bool audio = true, apart = false, stop_one = false, stop_publisher = false, kill_publisher = false;
 };
 
 json publisher_status(std::string const& folder)
@@ -187,6 +188,10 @@ receiver_process start_receiver(std::string const& url, options const& o, double
         throw std::runtime_error("pipe failed");
     pid_t const pid = fork();
     if (pid == 0) {
+        // Only what host and publisher leave, as receivers on other machines would.
+        sched_param const none{};
+        if (o.apart)
+            sched_setscheduler(0, SCHED_IDLE, &none);
         dup2(ends[1], 1);
         close(ends[0]);
         auto const self = std::filesystem::read_symlink("/proc/self/exe").string();
@@ -298,8 +303,10 @@ int send(options const& o)
     playing.measuring = false;
     double const span = static_cast<double>(monotonic_ns() - began) / 1e9;
 
-    json result{
-        {"mount", o.mount}, {"size", std::to_string(o.width) + "x" + std::to_string(o.height)}, {"viewers", o.viewers}};
+    json result{{"mount", o.mount},
+                {"size", std::to_string(o.width) + "x" + std::to_string(o.height)},
+                {"viewers", o.viewers},
+                {"apart", o.apart}};
     result["skipped_by_host"] = playing.skipped();
     result["sends_per_s"] = (playing.sent() - sent) / span;
     result["sender_cores"] = (cpu() - own) / span;
@@ -316,8 +323,10 @@ int send(options const& o)
         kill(receivers.back().pid, SIGKILL);
     for (auto const& receiver : receivers)
         result["receivers"].push_back(finish_receiver(receiver));
-    playing.stop();
     auto const last = publisher_status(folder);
+    playing.stop();
+    if (last.is_object() && !last["sources"].empty())
+        result["losses"] = last["sources"][0]["losses"];
     if (last.is_object())
         kill(last["pid"].get<pid_t>(), SIGTERM);
     std::filesystem::remove_all(folder);
@@ -338,6 +347,8 @@ int main(int argc, char** argv)
     app.add_option("--mount", o.mount, "raw or default")->check(CLI::IsMember({"raw", "default"}));
     app.add_option("--viewers", o.viewers, "Receivers at once");
     app.add_flag("!--no-audio", o.audio, "Send no sound");
+    app.add_flag("--apart", o.apart,
+                 "Receivers take only the processor time that is left, in place of being on other machines");
     app.add_flag("--stop-one", o.stop_one, "Stop one receiver (SIGSTOP) while measuring");
     app.add_flag("--stop-publisher", o.stop_publisher, "Stop the publisher while measuring");
     app.add_flag("--kill-publisher", o.kill_publisher, "Kill the publisher when measuring begins");
