@@ -1,6 +1,6 @@
 // The paths of the RTSP server. gst-rtsp-server walks its sorted paths from "/name" on, and gives up where something
 // stands before "/name/raw" that does not belong to "/name": "/name-2" does. So a '-' is a '_' in there, which comes
-// behind every '/'. Receivers do not see it.
+// behind every '/'. Both ways of writing it serve.
 #pragma once
 
 #include "publisher/gst_ptr.h"

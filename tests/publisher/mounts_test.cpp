@@ -1,6 +1,7 @@
 // Stock receivers on the loopback watch a publisher in this process.
 #include "tests/support/live_sender.h"
 #include "tests/support/rtsp_receiver.h"
+#include "tests/support/rtsp_socket.h"
 #include "tests/support/running_publisher.h"
 
 #include <gmock/gmock.h>
@@ -463,6 +464,15 @@ TEST_F(mounts, status_tells_of_source_and_receiver)
     EXPECT_EQ(source["receivers"][0]["address"], "127.0.0.1");
     EXPECT_EQ(source["receivers"][0]["transport"], "TCP");
     EXPECT_THAT(source["receivers"][0]["agent"], HasSubstr("GStreamer"));
+}
+
+TEST_F(mounts, address_is_good_for_every_request)
+{
+    auto const sender = play();
+    for (auto const* mount : {"", "/raw", "/raw+key"}) {
+        rtsp_socket simple{publisher_.everything.port()}; // one that does not care for the description's base
+        EXPECT_TRUE(simple.play(publisher_.url("/adobe-premiere-pro") + mount)) << mount;
+    }
 }
 
 TEST_F(mounts, raw_is_over_tcp_only)
