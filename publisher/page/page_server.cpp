@@ -175,8 +175,11 @@ void page_server::tell_levels()
             auto const levels = known == levels_.end() ? nullptr : known->second.lock();
             if (!levels)
                 continue;
+            auto const taken = levels->take();
+            if (taken.empty())
+                continue;
             auto& channels = all[path] = nlohmann::json::array();
-            for (auto const& of : levels->take())
+            for (auto const& of : taken)
                 channels.push_back({std::round(of.peak_db * 10) / 10, std::round(of.average_db * 10) / 10});
         }
     if (!all.empty())

@@ -37,8 +37,10 @@ void level_meter::add(float const* planar, int channels, int samples)
 std::vector<level> level_meter::take()
 {
     std::vector<level> result;
+    if (samples_ == 0)
+        return result;
     for (auto& channel : channels_) {
-        double const mean = samples_ > 0 ? channel.squares / static_cast<double>(samples_) : 0;
+        double const mean = channel.squares / static_cast<double>(samples_);
         result.push_back({decibels(channel.peak), decibels(std::sqrt(mean))});
         channel = {};
     }

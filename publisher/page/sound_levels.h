@@ -23,7 +23,7 @@ class level_meter
   public:
     void add(float const* planar, int channels, int samples); // null is silence
 
-    // Since the last call.
+    // Since the last call; nothing when no sound came: on a busy machine blocks come in bursts.
     std::vector<level> take();
 
   private:

@@ -3,6 +3,7 @@
 const bottom_db = -60;
 const fall_db_s = 20;
 const hold_ms = 1500;
+const silent_after_ms = 400; // without word of any sound
 
 const height_of = (db) => Math.max(0, Math.min(1, 1 - db / bottom_db));
 
@@ -69,6 +70,7 @@ export class Meters {
         to.fillStyle = channel.held > -1 ? '#ff7a70' : '#cfd8e3';
         to.fillRect(x, Math.round((1 - height_of(channel.held)) * (height - 2 * scale)), w, Math.round(2 * scale));
       }
+      if (time - this.told_at > silent_after_ms) channel.average = bottom_db;
       channel.peak = Math.max(bottom_db, channel.peak - fall_db_s * seconds);
       moving ||= channel.peak > bottom_db;
     }

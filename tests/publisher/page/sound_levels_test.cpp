@@ -54,6 +54,16 @@ TEST(level_meter, tells_what_came_since_it_was_asked)
     EXPECT_NEAR(half[0].average_db, -30 - sine_below_peak_db - 3.0103, 0.05);
 }
 
+TEST(level_meter, tells_nothing_when_nothing_came)
+{
+    level_meter meter;
+    EXPECT_TRUE(meter.take().empty());
+    auto const loud = sines({-3}, 480);
+    meter.add(loud.data(), 1, 480);
+    EXPECT_EQ(meter.take().size(), 1u);
+    EXPECT_TRUE(meter.take().empty());
+}
+
 TEST(level_meter, silence_and_what_is_no_number_are_the_bottom_of_the_scale)
 {
     level_meter meter;
