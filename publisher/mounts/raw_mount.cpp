@@ -39,6 +39,7 @@ class raw_viewer : public viewer, listener
     void sound(placed_sound const& block) override;
     void ended() override;
     pushed push(raw_form::pictures const& made);
+    void begin_sound(std::int64_t time_ns);
 
     std::shared_ptr<source> const source_;
     std::shared_ptr<raw_form> const form_;
@@ -46,9 +47,7 @@ class raw_viewer : public viewer, listener
     sound_format sound_;
     std::atomic<bool> listening_{false};
     bool ended_ = false;
-    // Until PLAY one picture and one block are enough: they are what the description waits for.
-    bool first_picture_ = false;
-    bool first_block_ = false;
+    bool first_picture_ = false; // with a block of sound: until PLAY they are enough, the description waits for them
 };
 
 GstElement* raw_viewer::take_bin()
@@ -89,31 +88,24 @@ void raw_viewer::describe(GstSDPMessage& description)
 
 void raw_viewer::format(picture_format const& pictures, sound_format const& sound)
 {
+    if (ended_ || (first_picture_ && pictures == pictures_ && sound == sound_))
+        return;
     // Receivers keep what was described to them and would show garbage; they have to ask again.
-    if ((first_picture_ && pictures != pictures_) || (first_block_ && sound != sound_))
-        ended();
-    if (!first_picture_) {
-        pictures_ = pictures;
-        auto const caps = form_->caps(pictures);
-        gst_app_src_set_caps(GST_APP_SRC(video_in_.get()), caps.get());
-        if (key_in_)
-            gst_app_src_set_caps(GST_APP_SRC(key_in_.get()), caps.get());
-    }
-    if (!first_block_) {
-        sound_ = sound;
-        gst_app_src_set_caps(GST_APP_SRC(audio_in_.get()), s24be_caps(sound).get());
-    }
+    if (first_picture_)
+        return ended();
+    pictures_ = pictures;
+    sound_ = sound;
+    auto const caps = form_->caps(pictures);
+    gst_app_src_set_caps(GST_APP_SRC(video_in_.get()), caps.get());
+    if (key_in_)
+        gst_app_src_set_caps(GST_APP_SRC(key_in_.get()), caps.get());
+    gst_app_src_set_caps(GST_APP_SRC(audio_in_.get()), s24be_caps(sound).get());
 }
 
 void raw_viewer::ended()
 {
-    if (std::exchange(ended_, true))
-        return;
-    // A description may wait for the first picture.
-    if (first_picture_)
+    if (!std::exchange(ended_, true))
         say_goodbye();
-    else
-        who_->end();
 }
 
 pushed raw_viewer::push(raw_form::pictures const& made)
@@ -129,14 +121,15 @@ pushed raw_viewer::push(raw_form::pictures const& made)
 
 void raw_viewer::keyed_picture(GstBuffer* fill, GstBuffer* alpha)
 {
-    if (first_picture_ && (ended_ || !who_->playing))
+    if (ended_ || (first_picture_ && !who_->playing))
         return;
     auto const made = form_->make(pictures_, fill, alpha);
     if (!made.fill || (key_in_ && !made.key))
         return;
     switch (push(made)) {
     case pushed::queued:
-        first_picture_ = true;
+        if (!std::exchange(first_picture_, true))
+            begin_sound(static_cast<std::int64_t>(GST_BUFFER_PTS(fill)));
         ++who_->frames_sent;
         break;
     case pushed::in_place_of_another:
@@ -147,12 +140,21 @@ void raw_viewer::keyed_picture(GstBuffer* fill, GstBuffer* alpha)
     }
 }
 
+// Silence at the first picture's time. Receivers take what comes first for simultaneous, and set the streams right one
+// by one as reports come: until the last of them has come, a key would stand beside another picture's fill.
+void raw_viewer::begin_sound(std::int64_t time_ns)
+{
+    auto const silence = as_s24be({sound_, sound_.rate / 100, nullptr, time_ns, false});
+    if (silence)
+        push_buffer(audio_in_.get(), silence.get());
+}
+
 void raw_viewer::sound(placed_sound const& block)
 {
-    if (first_block_ && (ended_ || !who_->playing))
+    if (ended_ || !who_->playing)
         return;
     if (auto const buffer = as_s24be(block))
-        first_block_ = push_buffer(audio_in_.get(), buffer.get()) != pushed::refused;
+        push_buffer(audio_in_.get(), buffer.get());
 }
 
 } // namespace
