@@ -1,8 +1,10 @@
 #include "tools/quillo/play_terminal.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
+#include <iterator>
 #include <optional>
 #include <poll.h>
 #include <sstream>
@@ -104,7 +106,7 @@ bool play_terminal::read_input()
     if (got <= 0)
         return false;
     if (keys) {
-        handle_key(bytes, static_cast<std::size_t>(got));
+        handle_keys({bytes, static_cast<std::size_t>(got)});
         return true;
     }
     pending.append(bytes, static_cast<std::size_t>(got));
@@ -119,17 +121,22 @@ bool play_terminal::read_input()
     return true;
 }
 
-void play_terminal::handle_key(char const* bytes, std::size_t size)
+void play_terminal::handle_keys(std::string_view typed)
 {
-    std::string_view const key(bytes, size);
-    if (key == " ")
-        obey({command::toggle});
-    else if (key == "q")
-        obey({command::quit});
-    else if (key == "\033[C" || key == "\033OC")
-        obey({command::step, 1});
-    else if (key == "\033[D" || key == "\033OD")
-        obey({command::step, -1});
+    static constexpr struct
+    {
+        std::string_view bytes;
+        command means;
+    } keys_known[] = {{" ", {command::toggle}},       {"q", {command::quit}},          {"\033[C", {command::step, 1}},
+                      {"\033OC", {command::step, 1}}, {"\033[D", {command::step, -1}}, {"\033OD", {command::step, -1}}};
+    // A key that is held down comes several times in one piece.
+    while (!typed.empty()) {
+        auto const* const key = std::find_if(std::begin(keys_known), std::end(keys_known),
+                                             [&](auto const& one) { return typed.starts_with(one.bytes); });
+        if (key != std::end(keys_known))
+            obey(key->means);
+        typed.remove_prefix(key == std::end(keys_known) ? 1 : key->bytes.size());
+    }
 }
 
 void play_terminal::show(std::string const& line)

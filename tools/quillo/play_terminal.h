@@ -6,6 +6,7 @@
 #include <atomic>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <termios.h>
 #include <thread>
 
@@ -32,7 +33,7 @@ class play_terminal
   private:
     void listen();
     bool read_input();
-    void handle_key(char const* bytes, std::size_t size);
+    void handle_keys(std::string_view typed);
 
     std::function<void(stand_in::command)> obey;
     bool script;

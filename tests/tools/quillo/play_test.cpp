@@ -7,10 +7,14 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <fstream>
+#include <poll.h>
+#include <pty.h>
+#include <regex>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -169,6 +173,109 @@ TEST_F(PlayCommand, ObeysAScript)
     json const j = json::parse(r.out);
     EXPECT_EQ(j["frames"]["issued"], j["frames"]["disposed"]);
     EXPECT_EQ(j["breaches"], json::array());
+}
+
+// The command on a terminal: keys go in, the progress line comes out.
+class terminal
+{
+  public:
+    explicit terminal(std::vector<std::string> arguments, std::string const& runtime_folder)
+    {
+        arguments.insert(arguments.begin(), QUILLO_PROGRAM);
+        child_ = forkpty(&screen_, nullptr, nullptr, nullptr);
+        if (child_ != 0)
+            return;
+        setenv("QUILLO_RUNTIME_DIR", runtime_folder.c_str(), 1);
+        setenv("QUILLO_PUBLISHER", "", 1);
+        std::vector<char*> words;
+        for (std::string& argument : arguments)
+            words.push_back(argument.data());
+        words.push_back(nullptr);
+        execv(words[0], words.data());
+        _exit(127);
+    }
+    terminal(terminal const&) = delete;
+    terminal& operator=(terminal const&) = delete;
+    ~terminal()
+    {
+        if (child_ > 0) {
+            kill(child_, SIGKILL);
+            waitpid(child_, nullptr, 0);
+        }
+        close(screen_);
+    }
+
+    void type(std::string const& keys) { ASSERT_EQ(write(screen_, keys.data(), keys.size()), ssize_t(keys.size())); }
+
+    // Waits until the progress line shows a time, "0:00:07.5 paused", that is as wanted; false when none comes.
+    template <class Wanted>
+    bool shows(Wanted const& wanted)
+    {
+        static std::regex const line{"(\\d+):(\\d\\d):(\\d\\d\\.\\d)( paused)?  pushed"};
+        auto const until = std::chrono::steady_clock::now() + std::chrono::seconds{20};
+        while (std::chrono::steady_clock::now() < until) {
+            read_some();
+            std::smatch found;
+            auto const last = seen_.rfind('\r');
+            std::string const text = last == std::string::npos ? seen_ : seen_.substr(last);
+            if (std::regex_search(text, found, line) &&
+                wanted(std::stod(found[3]) + 60 * std::stod(found[2]) + 3600 * std::stod(found[1]), found[4].matched))
+                return true;
+        }
+        return false;
+    }
+
+    int end()
+    {
+        int status = 0;
+        while (waitpid(child_, &status, WNOHANG) == 0)
+            read_some();
+        child_ = -1;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+    }
+
+  private:
+    void read_some()
+    {
+        pollfd waiting{screen_, POLLIN, 0};
+        char part[1024];
+        if (poll(&waiting, 1, 50) == 1)
+            if (auto const size = read(screen_, part, sizeof part); size > 0)
+                seen_.append(part, static_cast<std::size_t>(size));
+    }
+
+    int screen_ = -1;
+    pid_t child_ = -1;
+    std::string seen_;
+};
+
+TEST_F(PlayCommand, ObeysTheKeysOfATerminal)
+{
+    // Two frames a second: the line tells tenths.
+    constexpr double frame_s = 0.5;
+    terminal screen{{"play", "--size", "64x36", "--rate", "2"}, folder.path()};
+    ASSERT_TRUE(screen.shows([](double time, bool paused) { return time >= frame_s && !paused; }));
+
+    screen.type(" ");
+    double at = 0;
+    ASSERT_TRUE(screen.shows([&](double time, bool paused) {
+        at = time;
+        return paused;
+    }));
+    auto const shows_paused_at = [&](double wanted) {
+        return screen.shows([&](double time, bool paused) { return paused && std::abs(time - wanted) < 0.2; });
+    };
+    screen.type("\033[C");
+    EXPECT_TRUE(shows_paused_at(at + frame_s)) << "right, from " << at;
+    screen.type("\033[C\033[C\033OC"); // held down, and as some terminals say it
+    EXPECT_TRUE(shows_paused_at(at + 4 * frame_s)) << "three times right, from " << at + frame_s;
+    screen.type("\033[D");
+    EXPECT_TRUE(shows_paused_at(at + 3 * frame_s)) << "left";
+    screen.type("\033[Ax"); // of no meaning
+    screen.type(" ");
+    EXPECT_TRUE(screen.shows([&](double time, bool paused) { return !paused && time >= at + 4 * frame_s; }));
+    screen.type("q");
+    EXPECT_EQ(screen.end(), exit_ok);
 }
 
 TEST_F(PlayCommand, EndsInOrderWhenInterrupted)
