@@ -2,6 +2,7 @@
 
 #include "publisher/caps.h"
 #include "publisher/log.h"
+#include "publisher/mounts/raw_payloader.h"
 #include "publisher/pipeline.h"
 #include "publisher/sdp.h"
 #include "publisher/sound_copy.h"
@@ -52,14 +53,18 @@ class raw_viewer : public viewer, listener
 
 GstElement* raw_viewer::take_bin()
 {
+    std::string const payloader = raw_payloader();
     // Sound is timed by its stamps: counting samples the payloader would add a block to every break.
     std::string text = "( appsrc name=video is-live=true format=time max-buffers=2 max-bytes=0 leaky-type=downstream"
-                       " ! rtpvrawpay name=pay0 pt=96 mtu=60000"
+                       " ! " +
+                       payloader +
+                       " name=pay0 pt=96 mtu=60000"
                        " appsrc name=audio is-live=true format=time max-buffers=50 max-bytes=0 leaky-type=downstream"
                        " ! rtpL24pay name=pay1 pt=97 mtu=60000 perfect-rtptime=false";
     if (form_->has_key())
         text += " appsrc name=key is-live=true format=time max-buffers=2 max-bytes=0 leaky-type=downstream"
-                " ! rtpvrawpay name=pay2 pt=98 mtu=60000";
+                " ! " +
+                payloader + " name=pay2 pt=98 mtu=60000";
     GstElement* const bin = gst_parse_launch((text + " )").c_str(), nullptr);
     video_in_ = adopt<element_ptr>(gst_bin_get_by_name(GST_BIN(bin), "video"));
     audio_in_ = adopt<element_ptr>(gst_bin_get_by_name(GST_BIN(bin), "audio"));

@@ -1,6 +1,7 @@
 // A week without a pause, on a clock that takes no time: no time stamp may ever be off its rational value, whatever
 // counts over on the way (90 kHz in 32 bits does so every 13 hours, 48 kHz every 25, samples in 31 bits every 12).
 #include "publisher/caps.h"
+#include "publisher/mounts/raw_payloader.h"
 #include "publisher/picture_store.h"
 #include "publisher/pipeline.h"
 #include "publisher/sound_copy.h"
@@ -151,7 +152,7 @@ TEST(week_of_packets, picture_times_wrap_every_thirteen_hours_and_stay_rational)
     format.rate = rate;
     picture_store store;
     store.set_format(format);
-    payloader line{"rtpvrawpay pt=96", picture_caps(format)};
+    payloader line{(raw_payloader() + std::string{" pt=96"}).c_str(), picture_caps(format)};
     ns const base = clock_start / 1'000'000 * 1'000'000;
     int wraps = 0;
     std::uint32_t const first = line.time_of(restamped(store.black().get(), base).get());
