@@ -26,6 +26,9 @@ constexpr std::chrono::seconds others_end{5}; // the time that another publisher
 constexpr int frame_sized = 1 << 20; // bytes; larger pieces go back to the system at once when they are freed
 // Smaller ones, a picture's packets, do not: they come again with the next picture, and cost a page fault each.
 constexpr int kept_free = 256 << 20;
+// Places that threads take memory from, each of which keeps what was given back to it: with one for every thread what
+// many receivers left behind would add up.
+constexpr int arenas = 2;
 
 // Blocked in every thread from here on, and taken by the one that waits.
 sigset_t block_signals()
@@ -142,6 +145,7 @@ void serve(serve_settings const& settings)
     mallopt(M_MMAP_THRESHOLD, frame_sized);
     mallopt(M_TRIM_THRESHOLD, kept_free);
     mallopt(M_TOP_PAD, frame_sized);
+    mallopt(M_ARENA_MAX, arenas);
     configuration const initial = settings.configured.read();
     set_log(initial);
     let_hosts_go_first(initial.nice);

@@ -176,7 +176,8 @@ test('a WebRTC connection that does not come about gives way to JPEG pictures', 
 test('the list follows sources that come and go', async () => {
   const page = await open();
   await page.waitForSelector('.source');
-  const second = start_host('Adobe After Effects', 640, 360, 25);
+  // Of a size that needs a higher level than 1280 by 720 does.
+  const second = start_host('Adobe After Effects', 1440, 810, 10);
   await page.waitForSelector('.source >> text=Adobe After Effects', { timeout: 3000 });
   assert.equal(await page.locator('.source').count(), 2);
   await page.waitForFunction(() => document.querySelectorAll('.source[data-way="rtc"]').length === 2, null, { timeout: 15000 });
