@@ -103,9 +103,6 @@ void rtsp_server::welcome(GstRTSPClient* client)
     // Connections may outlive the server.
     g_signal_connect_data(
         client, "closed", G_CALLBACK(+[](GstRTSPClient* gone, gpointer list) {
-            // What it watched goes at once: many who come and go would hold many pictures.
-            gst_rtsp_client_session_filter(
-                gone, [](GstRTSPClient*, GstRTSPSession*, gpointer) { return GST_RTSP_FILTER_REMOVE; }, nullptr);
             (*static_cast<std::shared_ptr<departed>*>(list))->add(gone);
         }),
         new std::shared_ptr<departed>{departed_},
