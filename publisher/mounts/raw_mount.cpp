@@ -93,11 +93,12 @@ void raw_viewer::describe(GstSDPMessage& description)
 
 void raw_viewer::format(picture_format const& pictures, sound_format const& sound)
 {
-    if (ended_ || (first_picture_ && pictures == pictures_ && sound == sound_))
+    if (first_picture_) {
+        // Receivers keep what was described to them and would show garbage; they have to ask again.
+        if (pictures != pictures_ || sound != sound_)
+            ended();
         return;
-    // Receivers keep what was described to them and would show garbage; they have to ask again.
-    if (first_picture_)
-        return ended();
+    }
     pictures_ = pictures;
     sound_ = sound;
     auto const caps = form_->caps(pictures);
@@ -109,8 +110,13 @@ void raw_viewer::format(picture_format const& pictures, sound_format const& soun
 
 void raw_viewer::ended()
 {
-    if (!std::exchange(ended_, true))
+    if (std::exchange(ended_, true))
+        return;
+    // A description may wait for the first picture.
+    if (first_picture_)
         say_goodbye();
+    else
+        who_->end();
 }
 
 pushed raw_viewer::push(raw_form::pictures const& made)
@@ -126,7 +132,7 @@ pushed raw_viewer::push(raw_form::pictures const& made)
 
 void raw_viewer::keyed_picture(GstBuffer* fill, GstBuffer* alpha)
 {
-    if (ended_ || (first_picture_ && !who_->playing))
+    if (first_picture_ && (ended_ || !who_->playing))
         return;
     auto const made = form_->make(pictures_, fill, alpha);
     if (!made.fill || (key_in_ && !made.key))
