@@ -12,3 +12,6 @@ endfunction()
 # The standard headers that our files include most.
 set(QUILLO_STANDARD_HEADERS algorithm array atomic chrono cmath condition_variable cstdint cstdlib cstring fstream
   functional map memory mutex optional span sstream stdexcept string string_view thread utility vector)
+
+# And those that tests include.
+set(QUILLO_TEST_HEADERS ${QUILLO_STANDARD_HEADERS} filesystem iostream regex gtest/gtest.h gmock/gmock.h)

@@ -17,7 +17,7 @@ if(QUILLO_PRECOMPILE)
   target_link_libraries(test_headers PRIVATE GTest::gmock GTest::gtest)
   # GStreamer's users are compiled so, and precompiled headers serve only who is compiled alike.
   target_compile_options(test_headers PRIVATE -pthread)
-  quillo_precompile(test_headers ${QUILLO_STANDARD_HEADERS} filesystem iostream regex gtest/gtest.h gmock/gmock.h)
+  quillo_precompile(test_headers ${QUILLO_TEST_HEADERS})
 endif()
 
 function(quillo_test)
