@@ -329,7 +329,8 @@ int send(options const& o)
         result["losses"] = last["sources"][0]["losses"];
     if (last.is_object())
         kill(last["pid"].get<pid_t>(), SIGTERM);
-    std::filesystem::remove_all(folder);
+    std::error_code gone; // the publisher takes its own things away at the same time
+    std::filesystem::remove_all(folder, gone);
     std::cout << result.dump(1) << '\n';
     return 0;
 }
