@@ -14,7 +14,7 @@ function(quillo_bodies target)
     # decided before it, which GCC does from -O3 on.
     target_compile_options(${bodies} PRIVATE ${${processor}} "$<$<NOT:$<CONFIG:Debug>>:-O3>"
       $<IF:$<CXX_COMPILER_ID:GNU>,-fno-tree-vectorize,-fno-vectorize>)
-    if(NOT processor STREQUAL ssse3)
+    if(NOT "${processor}" STREQUAL "ssse3") # quoted: the bare word is a variable here
       target_compile_definitions(${bodies} PRIVATE QUILLO_WIDE QUILLO_PROCESSOR=${processor})
       # GCC 12 warns of its own headers' deliberately undefined vectors.
       target_compile_options(${bodies} PRIVATE "$<$<CXX_COMPILER_ID:GNU>:-Wno-uninitialized;-Wno-maybe-uninitialized>")
