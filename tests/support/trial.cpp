@@ -57,20 +57,22 @@ bool must_align(trial const& t, std::size_t plane)
     return t.height == 1 && (t.row->planes[plane].written ? t.row->outputs_aligned : t.row->sources_aligned);
 }
 
-// How the library is told to convert: by which variant, and from how many bytes on past the caches.
+// How the library is told to convert: by which variant, from how many bytes on past the caches, and whether copies and
+// fills are made by string instructions.
 struct run_as
 {
     processors::processor variant;
     long long streaming_from;
+    bool strings;
 };
 
-// Every variant, and each once more past the caches.
-std::vector<run_as> every_way()
+// Every variant, with and without string instructions in turn, and each once more past the caches.
+std::vector<run_as> every_way(random_numbers& random)
 {
     std::vector<run_as> ways;
     for (processors::processor const variant : processors::variants())
         for (long long const from : {processors::streaming_bytes, 0ll})
-            ways.push_back({variant, from});
+            ways.push_back({variant, from, random.flip()});
     return ways;
 }
 
@@ -202,7 +204,7 @@ std::string trial_bench::run(trial const& t, random_numbers& random)
     ours.all_opaque = reports ? &expected_opaque : nullptr;
     t.row->reference(ours);
 
-    for (run_as const& as : every_way()) {
+    for (run_as const& as : every_way(random)) {
         for (std::size_t i = 0; i < planes; ++i)
             if (t.row->planes[i].written) {
                 laid_out const given = lay_out(t, i, *given_[i]);
@@ -214,6 +216,7 @@ std::string trial_bench::run(trial const& t, random_numbers& random)
             continue;
         processors::force(as.variant);
         processors::force_streaming_from(as.streaming_from);
+        processors::force_fast_strings(as.strings);
         t.row->library(theirs);
         processors::unforce();
 
@@ -227,7 +230,8 @@ std::string trial_bench::run(trial const& t, random_numbers& random)
             problem = std::string{"opaque: expected "} + (expected_opaque ? "true" : "false");
         if (!problem.empty())
             return describe(t) + ", " + processors::name(as.variant) +
-                   (as.streaming_from == 0 ? ", past the caches" : "") + "\n" + problem;
+                   (as.streaming_from == 0 ? ", past the caches" : "") + (as.strings ? ", by strings" : "") + "\n" +
+                   problem;
     }
     return {};
 }

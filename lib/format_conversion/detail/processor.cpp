@@ -38,7 +38,7 @@ std::atomic<processor>& choice()
 
 std::atomic<long long> streaming_threshold{streaming_bytes};
 
-bool fast_strings()
+bool is_quick_with_strings()
 {
 #if defined(__x86_64__)
     unsigned a = 0, b = 0, c = 0, d = 0;
@@ -49,10 +49,12 @@ bool fast_strings()
 #endif
 }
 
+bool const has_fast_strings = is_quick_with_strings();
+
 } // namespace
 
 // Not yet known to conversions before main(), which are only slower for it.
-bool const has_fast_strings = fast_strings();
+bool fast_strings = has_fast_strings;
 
 int last_reported = 0;
 
@@ -86,10 +88,13 @@ long long streaming_from() { return streaming_threshold.load(std::memory_order_r
 
 void force_streaming_from(long long bytes) { streaming_threshold.store(bytes, std::memory_order_relaxed); }
 
+void force_fast_strings(bool fast) { __atomic_store_n(&fast_strings, fast, __ATOMIC_RELAXED); }
+
 void unforce()
 {
     force(variants().back());
     force_streaming_from(streaming_bytes);
+    force_fast_strings(has_fast_strings);
 }
 
 processor last_ran() { return static_cast<processor>(__atomic_load_n(&last_reported, __ATOMIC_RELAXED)); }

@@ -24,6 +24,10 @@ inline constexpr long long streaming_bytes = 12'000'000;
 long long streaming_from();
 void force_streaming_from(long long bytes);
 
+// Whether the string instructions are the fastest way to copy and to fill.
+extern bool fast_strings;
+void force_fast_strings(bool);
+
 // Back to the machine's best, and to streaming_bytes.
 void unforce();
 
@@ -31,8 +35,5 @@ void unforce();
 // that gain nothing from it (Kernel::widest) run avx2.
 processor last_ran();
 extern int last_reported;
-
-// Whether the string instructions are the fastest way to copy and to fill.
-extern bool const has_fast_strings;
 
 } // namespace Processing::FXlib::format_conversion::detail

@@ -44,7 +44,8 @@ QUILLO_INLINE inline void prefetch(unsigned char const* at, std::ptrdiff_t ahead
 template <processor p>
 bool by_string(std::ptrdiff_t bytes, access how)
 {
-    return p != processor::ssse3 && !how.streaming && bytes >= 256 && detail::has_fast_strings;
+    return p != processor::ssse3 && !how.streaming && bytes >= 256 &&
+           __atomic_load_n(&detail::fast_strings, __ATOMIC_RELAXED);
 }
 
 QUILLO_INLINE inline void move_string(unsigned char const* from, unsigned char* to, std::ptrdiff_t bytes)
