@@ -153,7 +153,7 @@ void trial_bench::set_alphas(trial const& t, std::size_t plane, unsigned char* d
 {
     bool const joined = is_joined(*t.row, call_of(t));
     int const pixels = static_cast<int>(t.row->planes[plane].reach(joined ? joined_count(t) : t.width) / 4);
-    int const lines = joined ? 1 : std::max(t.height, 0);
+    int const lines = t.height < 1 ? 0 : joined ? 1 : t.height;
     if (pixels < 1 || lines < 1)
         return;
     auto alpha_at = [&](int line, int pixel) -> unsigned char& {

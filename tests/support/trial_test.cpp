@@ -130,6 +130,16 @@ TEST_F(TrialDeathTest, ReadingBeforeTheStartCrashes)
     EXPECT_DEATH(run(copy_and_read_one_before, placing::after_unreadable), "signal 11 in: copy 40 x 1");
 }
 
+// The product of two negative sizes is positive, but there is no pixel whose alpha could be set.
+TEST(NegativeSizes, HaveNoPixels)
+{
+    trial t{.row = find("rgbx_601::crcbyx"), .width = -3, .height = -3, .content = contents::half_opaque};
+    t.places[0] = placing::before_unreadable;
+    trial_bench bench;
+    random_numbers random{"negative sizes"};
+    EXPECT_EQ(bench.run(t, random), "");
+}
+
 TEST(Seed, SamePurposeSameNumbers)
 {
     random_numbers a{"x"};
