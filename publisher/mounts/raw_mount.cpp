@@ -40,7 +40,7 @@ class raw_viewer : public viewer, listener
     void sound(placed_sound const& block) override;
     void ended() override;
     pushed push(raw_form::pictures const& made);
-    void begin_sound(std::int64_t time_ns);
+    void begin_sound();
 
     std::shared_ptr<source> const source_;
     std::shared_ptr<raw_form> const form_;
@@ -48,7 +48,11 @@ class raw_viewer : public viewer, listener
     sound_format sound_;
     std::atomic<bool> listening_{false};
     bool ended_ = false;
-    bool first_picture_ = false; // with a block of sound: until PLAY they are enough, the description waits for them
+    // Until PLAY one picture and one block are enough: they are what the description waits for.
+    bool first_picture_ = false;
+    bool first_block_ = false;
+    bool sound_came_ = false;
+    std::int64_t first_time_ns_ = 0; // of the first picture
 };
 
 GstElement* raw_viewer::take_bin()
@@ -93,19 +97,20 @@ void raw_viewer::describe(GstSDPMessage& description)
 
 void raw_viewer::format(picture_format const& pictures, sound_format const& sound)
 {
-    if (first_picture_) {
-        // Receivers keep what was described to them and would show garbage; they have to ask again.
-        if (pictures != pictures_ || sound != sound_)
-            ended();
-        return;
+    // Receivers keep what was described to them and would show garbage; they have to ask again.
+    if ((first_picture_ && pictures != pictures_) || (first_block_ && sound != sound_))
+        ended();
+    if (!first_picture_) {
+        pictures_ = pictures;
+        auto const caps = form_->caps(pictures);
+        gst_app_src_set_caps(GST_APP_SRC(video_in_.get()), caps.get());
+        if (key_in_)
+            gst_app_src_set_caps(GST_APP_SRC(key_in_.get()), caps.get());
     }
-    pictures_ = pictures;
-    sound_ = sound;
-    auto const caps = form_->caps(pictures);
-    gst_app_src_set_caps(GST_APP_SRC(video_in_.get()), caps.get());
-    if (key_in_)
-        gst_app_src_set_caps(GST_APP_SRC(key_in_.get()), caps.get());
-    gst_app_src_set_caps(GST_APP_SRC(audio_in_.get()), s24be_caps(sound).get());
+    if (!first_block_) {
+        sound_ = sound;
+        gst_app_src_set_caps(GST_APP_SRC(audio_in_.get()), s24be_caps(sound).get());
+    }
 }
 
 void raw_viewer::ended()
@@ -139,8 +144,10 @@ void raw_viewer::keyed_picture(GstBuffer* fill, GstBuffer* alpha)
         return;
     switch (push(made)) {
     case pushed::queued:
-        if (!std::exchange(first_picture_, true))
-            begin_sound(static_cast<std::int64_t>(GST_BUFFER_PTS(fill)));
+        if (!std::exchange(first_picture_, true)) {
+            first_time_ns_ = static_cast<std::int64_t>(GST_BUFFER_PTS(fill));
+            begin_sound();
+        }
         ++who_->frames_sent;
         break;
     case pushed::in_place_of_another:
@@ -151,17 +158,21 @@ void raw_viewer::keyed_picture(GstBuffer* fill, GstBuffer* alpha)
     }
 }
 
-// Silence at the first picture's time. Receivers take what comes first for simultaneous, and set the streams right one
-// by one as reports come: until the last of them has come, a key would stand beside another picture's fill.
-void raw_viewer::begin_sound(std::int64_t time_ns)
+// With silence, at the first picture's time. Receivers take what comes first for simultaneous, and set the streams
+// right one by one as reports come: until the last of them has come, a key would stand beside another picture's fill.
+void raw_viewer::begin_sound()
 {
-    auto const silence = as_s24be({sound_, sound_.rate / 100, nullptr, time_ns, false});
-    if (silence)
-        push_buffer(audio_in_.get(), silence.get());
+    if (!first_picture_ || !sound_came_)
+        return;
+    if (auto const silence = as_s24be({sound_, sound_.rate / 100, nullptr, first_time_ns_, false}))
+        first_block_ = push_buffer(audio_in_.get(), silence.get()) != pushed::refused;
 }
 
 void raw_viewer::sound(placed_sound const& block)
 {
+    sound_came_ = true;
+    if (!first_block_)
+        return begin_sound();
     if (ended_ || !who_->playing)
         return;
     if (auto const buffer = as_s24be(block))

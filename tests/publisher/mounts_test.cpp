@@ -293,6 +293,7 @@ TEST_F(mounts, who_waits_for_a_description_is_not_left_waiting_when_sound_change
     sender.announce(hd);
     sender.video(hd, grey_picture(hd, 1), 0);
     EXPECT_TRUE(receiver->wait_for_picture());
+    EXPECT_THAT(receiver->sdp(), ::testing::HasSubstr("L24/48000/16"));
 }
 
 TEST_F(mounts, sender_that_has_a_picture_is_given_time_to_hand_it_over)
