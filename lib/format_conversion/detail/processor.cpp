@@ -54,7 +54,7 @@ bool const has_fast_strings = is_quick_with_strings();
 } // namespace
 
 // Not yet known to conversions before main(), which are only slower for it.
-bool fast_strings = has_fast_strings;
+bool strings_are_fast = has_fast_strings;
 
 int last_reported = 0;
 
@@ -88,7 +88,9 @@ long long streaming_from() { return streaming_threshold.load(std::memory_order_r
 
 void force_streaming_from(long long bytes) { streaming_threshold.store(bytes, std::memory_order_relaxed); }
 
-void force_fast_strings(bool fast) { __atomic_store_n(&fast_strings, fast, __ATOMIC_RELAXED); }
+bool fast_strings() { return __atomic_load_n(&strings_are_fast, __ATOMIC_RELAXED); }
+
+void force_fast_strings(bool fast) { __atomic_store_n(&strings_are_fast, fast, __ATOMIC_RELAXED); }
 
 void unforce()
 {

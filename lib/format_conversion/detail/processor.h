@@ -25,8 +25,9 @@ long long streaming_from();
 void force_streaming_from(long long bytes);
 
 // Whether the string instructions are the fastest way to copy and to fill.
-extern bool fast_strings;
+bool fast_strings();
 void force_fast_strings(bool);
+extern bool strings_are_fast;
 
 // Back to the machine's best, and to streaming_bytes.
 void unforce();

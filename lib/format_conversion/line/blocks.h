@@ -45,7 +45,7 @@ template <processor p>
 bool by_string(std::ptrdiff_t bytes, access how)
 {
     return p != processor::ssse3 && !how.streaming && bytes >= 256 &&
-           __atomic_load_n(&detail::fast_strings, __ATOMIC_RELAXED);
+           __atomic_load_n(&detail::strings_are_fast, __ATOMIC_RELAXED);
 }
 
 QUILLO_INLINE inline void move_string(unsigned char const* from, unsigned char* to, std::ptrdiff_t bytes)

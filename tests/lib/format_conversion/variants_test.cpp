@@ -64,18 +64,18 @@ TEST(Variants, TheNarrowestIsAlwaysThereAndTheBestIsChosen)
 
 TEST(Variants, NothingIsForcedUnlessAskedFor)
 {
-    bool const fast_strings = processors::fast_strings;
+    bool const fast_strings = processors::fast_strings();
     EXPECT_EQ(processors::streaming_from(), processors::streaming_bytes);
     processors::force(processors::processor::ssse3);
     processors::force_streaming_from(0);
     processors::force_fast_strings(!fast_strings);
     EXPECT_EQ(processors::chosen(), processors::processor::ssse3);
     EXPECT_EQ(processors::streaming_from(), 0);
-    EXPECT_NE(processors::fast_strings, fast_strings);
+    EXPECT_NE(processors::fast_strings(), fast_strings);
     processors::unforce();
     EXPECT_EQ(processors::chosen(), processors::variants().back());
     EXPECT_EQ(processors::streaming_from(), processors::streaming_bytes);
-    EXPECT_EQ(processors::fast_strings, fast_strings);
+    EXPECT_EQ(processors::fast_strings(), fast_strings);
 }
 
 } // namespace
