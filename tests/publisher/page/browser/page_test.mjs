@@ -234,11 +234,17 @@ test('a page that does not keep up with the levels is still told the status', as
     const taken = [];
     const socket = new WebSocket(`ws://${location.host}/talk`);
     socket.onopen = () => socket.send(JSON.stringify({ levels: ['/adobe-premiere-pro'] }));
-    socket.onmessage = (event) => taken.push(JSON.parse(event.data));
-    setTimeout(() => resolve(taken), 3500);
+    socket.onmessage = (event) => {
+      const message = JSON.parse(event.data);
+      taken.push(message);
+      // It answers until the levels begin, and then no more.
+      if (!taken.some((one) => one.levels)) socket.send(JSON.stringify({ seen: message.count }));
+    };
+    setTimeout(() => resolve(taken), 5000);
   }));
-  assert.ok(messages.some((message) => message.levels));
-  assert.ok(messages.filter((message) => message.status).length >= 2, JSON.stringify(messages.map(Object.keys)));
+  const from = messages.findIndex((message) => message.levels);
+  assert.ok(from >= 0, 'there are levels');
+  assert.ok(messages.slice(from).some((message) => message.status), JSON.stringify(messages.map(Object.keys)));
 });
 
 test('copy buttons copy what stands beside them', async () => {
