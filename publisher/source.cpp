@@ -141,6 +141,7 @@ void source::audio(audio_item const& item)
 {
     if (std::unique_lock const lock{mutex_}; item.format == sound_) {
         ++blocks_in_;
+        last_block_ = monotonic_ns();
         sound_rests_ = false;
         if (listeners_.empty())
             return;
@@ -259,8 +260,9 @@ void source::tick(ns now)
         show_black(now);
 
     // Silence keeps pace once it has begun: were it late, receivers would take its delay for the network's and set the
-    // sound after it apart from the picture.
-    if (now - std::max(time_.sound_end(), listened_since_) >= fill_sound_after)
+    // sound after it apart from the picture. Blocks that come are no rest, even when their place lies far behind now:
+    // filled up to now they would all be late, for good.
+    if (now - std::max({time_.sound_end(), listened_since_, last_block_}) >= fill_sound_after)
         sound_rests_ = true;
     while (sound_rests_ && now >= time_.sound_end())
         // Of a long gap only the end is filled.

@@ -126,6 +126,7 @@ class source : public channel_events
     ns last_shown_ = 0;        // by the clock
     bool sound_rests_ = false; // silence has taken its place until sound comes again
     ns listened_since_ = 0;
+    ns last_block_ = 0; // when the sender's last sound came
 
     std::uint64_t pictures_in_ = 0;
     std::uint64_t blocks_in_ = 0;

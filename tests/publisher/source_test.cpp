@@ -4,6 +4,9 @@
 #include <gst/gst.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -71,6 +74,23 @@ TEST_F(source_sound, silence_begins_once_the_host_rests_and_then_keeps_pace)
         EXPECT_GT(listener_.end(), begun + later);
         EXPECT_LE(listener_.end(), begun + later + 10 * ms);
     }
+}
+
+// A host whose sound lags behind the place of its timecode, as after a hiccup of 120 ms, is heard again soon.
+TEST_F(source_sound, a_host_that_is_behind_is_not_spoken_over_for_good)
+{
+    send_block();
+    std::this_thread::sleep_for(std::chrono::milliseconds{120});
+    for (int block = 0; block < 40; ++block) {
+        source_.tick(monotonic_ns());
+        send_block();
+        std::this_thread::sleep_for(std::chrono::milliseconds{10});
+    }
+    auto const& heard = listener_.blocks;
+    auto const spoken =
+        std::count_if(heard.begin(), heard.end(), [](auto const& block) { return block.planar != nullptr; });
+    EXPECT_GT(spoken, 15);
+    EXPECT_NE(heard.back().planar, nullptr);
 }
 
 TEST_F(source_sound, a_host_that_speaks_again_is_left_alone)
