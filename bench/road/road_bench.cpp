@@ -2,6 +2,7 @@
 // long the send calls take while receivers or the publisher misbehave.
 //
 //   quillo_road_bench --size 1920x1080 --rate 60 --seconds 10 --mount raw --viewers 1
+#include "bench/road/plain_socket.h"
 #include "bench/road/receiver.h"
 #include "bench/road/statistics.h"
 #include "bench/road/test_picture.h"
@@ -231,18 +232,21 @@ class memory_watch
     }
 
     std::int64_t most_mb() const { return most_kb_ / 1024; }
+    double cpu_s() const { return cpu_s_; } // its own processor time
 
   private:
     void follow(pid_t pid)
     {
         while (running_) {
             most_kb_ = std::max<std::int64_t>(most_kb_, resident_kb(pid));
+            cpu_s_ = thread_cpu_s();
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
         }
     }
 
     std::atomic<bool> running_{true};
     std::atomic<std::int64_t> most_kb_{0};
+    std::atomic<double> cpu_s_{0};
     std::thread thread_;
 };
 
@@ -267,6 +271,10 @@ int send(options const& o)
     char name[] = "/tmp/quillo-road-XXXXXX";
     std::string const folder = mkdtemp(name);
     setenv("QUILLO_RUNTIME_DIR", folder.c_str(), 1);
+    // Before anything else runs: as many bytes through a socket alone.
+    auto const alone = o.mount == "raw"
+                           ? plain_socket_ms(static_cast<std::size_t>(o.width) * o.height * 2, 1.0 / o.rate, 2 * o.rate)
+                           : std::vector<double>();
 
     host playing(o);
     auto const status = wait_for_source(folder, 20);
@@ -302,6 +310,7 @@ int send(options const& o)
         happened + static_cast<std::int64_t>(std::max(1.0, o.seconds - 2.5) * 1e9) - monotonic_ns()));
     playing.measuring = false;
     double const span = static_cast<double>(monotonic_ns() - began) / 1e9;
+    double const spent = cpu() - own - publisher_memory.cpu_s() - host_memory.cpu_s();
 
     json result{{"mount", o.mount},
                 {"size", std::to_string(o.width) + "x" + std::to_string(o.height)},
@@ -309,13 +318,15 @@ int send(options const& o)
                 {"apart", o.apart}};
     result["skipped_by_host"] = playing.skipped();
     result["sends_per_s"] = (playing.sent() - sent) / span;
-    result["sender_cores"] = (cpu() - own) / span;
+    result["sender_cores"] = spent / span;
     result["publisher_cores"] = o.kill_publisher ? 0 : (process_cpu_s(publisher) - theirs) / span;
     result["publisher_mb"] = publisher_memory.most_mb();
     result["host_mb"] = host_memory.most_mb();
     if (!back.is_null())
         result["back_after"] = back;
     result["send_call_ms"] = summary(playing.call_ms);
+    if (!alone.empty())
+        result["plain_socket_ms"] = summary(alone);
 
     if (o.stop_publisher)
         kill(publisher, SIGCONT);
