@@ -2,6 +2,7 @@
 // caches. The same for the life of the process unless a test or a benchmark forces another.
 #pragma once
 
+#include <limits>
 #include <vector>
 
 namespace Processing::FXlib::format_conversion::detail {
@@ -17,10 +18,11 @@ processor chosen();
 // Makes every later conversion use p, which must be one of variants(). Not while a conversion runs.
 void force(processor p);
 
-// Targets of this many bytes together do not stay in the caches until they are read, so their lines are not fetched
-// either. A 1080p pair of buffers still fits.
+// Targets of this many bytes together do not stay in the caches until they are read, so where it is faster their lines
+// are not fetched either. A 1080p pair of buffers still fits.
 inline constexpr long long streaming_bytes = 12'000'000;
-// What goes instead of it: streaming_bytes, unless another size is forced. 0 streams everything that is aligned for it.
+inline constexpr long long streaming_never = std::numeric_limits<long long>::max();
+// Which of the two goes here, unless another size is forced. 0 streams everything that is aligned for it.
 long long streaming_from();
 void force_streaming_from(long long bytes);
 
@@ -29,7 +31,7 @@ bool fast_strings();
 void force_fast_strings(bool);
 extern bool strings_are_fast;
 
-// Back to the machine's best, and to streaming_bytes.
+// Back to the machine's best.
 void unforce();
 
 // The variant whose code ran last, on whichever thread; each kernel reports itself. Where avx512 is chosen, kernels
