@@ -90,6 +90,21 @@ QUILLO_INLINE inline std::ptrdiff_t blocks(std::ptrdiff_t count, access how, Bod
     return how.streaming ? blocks_stored<p, pixels, true>(count, body) : blocks_stored<p, pixels, false>(count, body);
 }
 
+// body.operator()<V, streaming>(byte offset) for every vector of a run's whole blocks of so many bytes, several in a
+// pass: what does little with each vector would spend its time on counting them. Returns how many bytes that was.
+template <processor p, int block, class Body>
+QUILLO_INLINE inline std::ptrdiff_t vectors(std::ptrdiff_t bytes, access how, Body const& body)
+{
+    auto const by_eight = blocks<p, 128>(bytes, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
+        for (int n = 0; n < 8; ++n)
+            body.template operator()<V, streaming>(at + 16 * V::lanes * n);
+    });
+    return by_eight + blocks<p, block>(bytes - by_eight, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
+               for (int n = 0; n < block / 16; ++n)
+                   body.template operator()<V, streaming>(by_eight + at + 16 * V::lanes * n);
+           });
+}
+
 // A level limited to what a byte holds. Nothing of the standard library's stands here: its inline functions have one
 // symbol for all processors.
 QUILLO_INLINE inline unsigned char saturate(int level)

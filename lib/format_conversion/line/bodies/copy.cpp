@@ -6,23 +6,6 @@
 
 namespace Processing::FXlib::format_conversion::line {
 
-namespace {
-
-// body(byte offset) for every vector of the run, several in a pass. Returns how many bytes that was.
-template <processor p, class Body>
-QUILLO_INLINE inline std::ptrdiff_t vectors(std::ptrdiff_t bytes, access how, Body const& body)
-{
-    auto const by_eight = blocks<p, 128>(bytes, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        for (int n = 0; n < 8; ++n)
-            body.template operator()<V, streaming>(at + 16 * V::lanes * n);
-    });
-    return by_eight + blocks<p, 16>(bytes - by_eight, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-               body.template operator()<V, streaming>(by_eight + at);
-           });
-}
-
-} // namespace
-
 template <processor p, bool src_aligned, bool dst_aligned>
 void copy_bytes::run(unsigned char const* src, unsigned char* dst, int count, access how)
 {
@@ -30,7 +13,7 @@ void copy_bytes::run(unsigned char const* src, unsigned char* dst, int count, ac
         note_ran<p>();
         return move_string(src, dst, count);
     }
-    auto const done = vectors<p>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t i) {
+    auto const done = vectors<p, 16>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t i) {
         prefetch<p, 16 * V::lanes>(src + i, how.ahead);
         V::template load<src_aligned>(src + i).template store<dst_aligned, streaming>(dst + i);
     });
@@ -65,7 +48,7 @@ bool copy_testing_alpha::run(unsigned char const* src, unsigned char* dst, int c
         return alphas.opaque();
     }
 
-    auto i = vectors<p>(bytes, how, [&]<class V, bool streaming>(std::ptrdiff_t n) {
+    auto i = vectors<p, 16>(bytes, how, [&]<class V, bool streaming>(std::ptrdiff_t n) {
         if constexpr (fetched_ahead<p, streaming>)
             prefetch<p, 16 * V::lanes>(src + n, how.ahead);
         auto const pixels = V::template load<src_aligned>(src + n);

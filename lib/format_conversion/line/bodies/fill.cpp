@@ -19,10 +19,8 @@ QUILLO_INLINE inline std::ptrdiff_t fill_blocks(unsigned char* dst, std::ptrdiff
         fill_string(dst, pattern, bytes / 32 * 4);
         return bytes / 32 * 32;
     }
-    return blocks<p, 32>(bytes, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
-        auto const fill = V::of_eight(pattern);
-        fill.template store<dst_aligned, streaming>(dst + at);
-        fill.template store<dst_aligned, streaming>(dst + at + 16 * V::lanes);
+    return vectors<p, 32>(bytes, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
+        V::of_eight(pattern).template store<dst_aligned, streaming>(dst + at);
     });
 }
 

@@ -10,14 +10,13 @@ void swap_pairs::run(unsigned char const* src, unsigned char* dst, int count, ac
 {
     static constexpr lane<unsigned char> swapped{1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14};
 
-    auto i = blocks<p, 16>(count, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
+    auto const done = vectors<p, 16>(count * std::ptrdiff_t{2}, how, [&]<class V, bool streaming>(std::ptrdiff_t at) {
         if constexpr (fetched_ahead<p, streaming>)
-            prefetch<p, 32 * V::lanes>(src + at * 2, how.ahead);
-        for (auto from = at * 2; from < at * 2 + 32 * V::lanes; from += 16 * V::lanes)
-            shuffle(V::template load<src_aligned>(src + from), V::repeat(swapped))
-                .template store<dst_aligned, streaming>(dst + from);
+            prefetch<p, 16 * V::lanes>(src + at, how.ahead);
+        shuffle(V::template load<src_aligned>(src + at), V::repeat(swapped))
+            .template store<dst_aligned, streaming>(dst + at);
     });
-    for (; i < count; ++i) {
+    for (auto i = done / 2; i < count; ++i) {
         dst[i * 2] = src[i * 2 + 1];
         dst[i * 2 + 1] = src[i * 2];
     }
