@@ -3,7 +3,7 @@
 plug-in's converters), compiles what it touches, runs the conversion tests, and reports the share of faults that they
 notice.
 
-  tests/mutation/mutate.py                    200 drawn faults
+  tests/mutation/mutate.py                    200 drawn faults, about an hour of processor time
   tests/mutation/mutate.py --count 20 --seed 7
   tests/mutation/mutate.py --planted          the named faults of planted.py only
 
