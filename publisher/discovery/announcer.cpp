@@ -156,10 +156,10 @@ class announcer::worker
 
     void open(steady::time_point now)
     {
-        network = open_client(avahi_simple_poll_get(poll.get()));
+        network = open_client(avahi_simple_poll_get(poll.get()), role::announces);
         by_itself = !network;
         if (by_itself) {
-            network = open_own(avahi_simple_poll_get(poll.get()));
+            network = open_own(avahi_simple_poll_get(poll.get()), role::announces);
             next_look = now + look_for_daemon_pause;
         }
         next_open = now + retry_pause;
@@ -174,7 +174,7 @@ class announcer::worker
     void look_for_daemon(steady::time_point now)
     {
         next_look = now + look_for_daemon_pause;
-        auto daemon = open_client(avahi_simple_poll_get(poll.get()));
+        auto daemon = open_client(avahi_simple_poll_get(poll.get()), role::announces);
         if (!daemon || daemon->state() != condition::ready)
             return;
         close("avahi-daemon runs now, and announces the names");

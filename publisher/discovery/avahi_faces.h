@@ -30,6 +30,9 @@ struct released_by
 using poll_ptr = std::unique_ptr<AvahiSimplePoll, released_by<avahi_simple_poll_free>>;
 using text_list_ptr = std::unique_ptr<AvahiStringList, released_by<avahi_string_list_free>>;
 
+// One who only asks puts nothing on the network: not even its machine's name, which somebody else may have.
+enum class role { announces, asks };
+
 enum class condition {
     waiting, // for the daemon, or for the machine's own name to be settled
     ready,
@@ -48,7 +51,7 @@ struct client_face
     using resolver_ptr = std::unique_ptr<resolver, released_by<avahi_service_resolver_free>>;
     using responder_ptr = std::unique_ptr<responder, released_by<avahi_client_free>>;
 
-    static responder* open(AvahiPoll const* poll, condition* state)
+    static responder* open(AvahiPoll const* poll, role, condition* state)
     {
         int error = 0;
         return avahi_client_new(
@@ -112,10 +115,11 @@ struct own_face
     using resolver_ptr = std::unique_ptr<resolver, released_by<avahi_s_service_resolver_free>>;
     using responder_ptr = std::unique_ptr<responder, released_by<avahi_server_free>>;
 
-    static responder* open(AvahiPoll const* poll, condition* state)
+    static responder* open(AvahiPoll const* poll, role as, condition* state)
     {
         AvahiServerConfig settings;
         avahi_server_config_init(&settings);
+        settings.publish_addresses = as == role::announces;
         settings.publish_hinfo = 0;
         settings.publish_workstation = 0;
         int error = 0;

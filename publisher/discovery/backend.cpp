@@ -91,7 +91,7 @@ template <class Face>
 class backend_of : public backend
 {
   public:
-    explicit backend_of(AvahiPoll const* poll) : responder(Face::open(poll, &now)) {}
+    backend_of(AvahiPoll const* poll, role as) : responder(Face::open(poll, as, &now)) {}
     bool opened() const { return responder != nullptr; }
 
     condition state() const override { return now; }
@@ -111,9 +111,9 @@ class backend_of : public backend
 };
 
 template <class Face>
-std::unique_ptr<backend> open(AvahiPoll const* poll)
+std::unique_ptr<backend> open(AvahiPoll const* poll, role as)
 {
-    auto opened = std::make_unique<backend_of<Face>>(poll);
+    auto opened = std::make_unique<backend_of<Face>>(poll, as);
     if (!opened->opened())
         return nullptr;
     return opened;
@@ -121,8 +121,8 @@ std::unique_ptr<backend> open(AvahiPoll const* poll)
 
 } // namespace
 
-std::unique_ptr<backend> open_client(AvahiPoll const* poll) { return open<client_face>(poll); }
+std::unique_ptr<backend> open_client(AvahiPoll const* poll, role as) { return open<client_face>(poll, as); }
 
-std::unique_ptr<backend> open_own(AvahiPoll const* poll) { return open<own_face>(poll); }
+std::unique_ptr<backend> open_own(AvahiPoll const* poll, role as) { return open<own_face>(poll, as); }
 
 } // namespace quillo::discovery

@@ -51,8 +51,8 @@ class backend
 };
 
 // Null when there is no D-Bus. Waiting while there is no daemon.
-std::unique_ptr<backend> open_client(AvahiPoll const*);
+std::unique_ptr<backend> open_client(AvahiPoll const*, role);
 // Null when the system gives no sockets.
-std::unique_ptr<backend> open_own(AvahiPoll const*);
+std::unique_ptr<backend> open_own(AvahiPoll const*, role);
 
 } // namespace quillo::discovery

@@ -15,6 +15,8 @@ using steady = std::chrono::steady_clock;
 
 namespace {
 
+constexpr std::chrono::milliseconds for_its_other_addresses{100};
+
 bool is_link_local(AvahiAddress const& address)
 {
     auto const* const bytes = address.data.ipv6.address;
@@ -41,7 +43,7 @@ auto rank(std::string const& address)
 
 } // namespace
 
-std::vector<found> browse(std::chrono::milliseconds duration)
+std::vector<found> browse(std::chrono::milliseconds duration, until what)
 {
     poll_ptr const poll{avahi_simple_poll_new()};
     if (!poll)
@@ -49,16 +51,19 @@ std::vector<found> browse(std::chrono::milliseconds duration)
     avahi_set_log_function([](AvahiLogLevel, char const*) {});
 
     auto const* const events = avahi_simple_poll_get(poll.get());
-    auto network = open_client(events);
+    auto network = open_client(events, role::asks);
     if (!network || network->state() != condition::ready) {
         network.reset();
-        network = open_own(events);
+        network = open_own(events, role::asks);
     }
     if (!network)
         throw std::runtime_error{"the network cannot be asked: neither avahi-daemon nor multicast sockets are there"};
 
+    auto end = steady::now() + duration;
     std::map<std::string, found> all;
     auto const searching = network->find([&](sighting const& seen) {
+        if (all.empty() && what == until::first_is_found)
+            end = std::min(end, steady::now() + for_its_other_addresses);
         auto& one = all[seen.name];
         one.name = seen.name;
         one.host = seen.host;
@@ -68,7 +73,6 @@ std::vector<found> browse(std::chrono::milliseconds duration)
             std::find(one.addresses.begin(), one.addresses.end(), address) == one.addresses.end())
             one.addresses.push_back(address);
     });
-    auto const end = steady::now() + duration;
     for (auto now = steady::now(); now < end; now = steady::now())
         avahi_simple_poll_iterate(poll.get(),
                                   static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(end - now).count()));

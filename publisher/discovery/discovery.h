@@ -60,8 +60,10 @@ struct found
     std::map<std::string, std::string> txt;
 };
 
-// What is on the network now, by name; takes the given time. Throws std::runtime_error when the network cannot be
-// asked.
-std::vector<found> browse(std::chrono::milliseconds duration);
+enum class until { time_is_up, first_is_found };
+
+// What is on the network now, by name; takes the given time at most. Throws std::runtime_error when the network cannot
+// be asked.
+std::vector<found> browse(std::chrono::milliseconds duration, until = until::time_is_up);
 
 } // namespace quillo::discovery

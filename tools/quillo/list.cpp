@@ -15,6 +15,7 @@ namespace {
 struct list_settings
 {
     bool json = false;
+    bool first = false;
     double seconds = 2;
 };
 
@@ -34,7 +35,8 @@ std::string url(discovery::found const& source, std::string address)
     std::string path = text_of(source, "path");
     if (!path.starts_with('/'))
         path.insert(path.begin(), '/');
-    return (text_of(source, "tls") == "1" ? "rtsps://" : "rtsp://") + address + ":" + std::to_string(source.port) + path;
+    return (text_of(source, "tls") == "1" ? "rtsps://" : "rtsp://") + address + ":" + std::to_string(source.port) +
+           path;
 }
 
 nlohmann::json to_json(discovery::found const& source)
@@ -49,7 +51,8 @@ nlohmann::json to_json(discovery::found const& source)
 // Anybody on the network can put control characters into a name; none of them shall reach a terminal.
 std::string printable(std::string text)
 {
-    std::replace_if(text.begin(), text.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, '?');
+    std::replace_if(
+        text.begin(), text.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, '?');
     return text;
 }
 
@@ -63,7 +66,8 @@ void print(discovery::found const& source)
 void list(list_settings const& settings)
 {
     auto const sources =
-        discovery::browse(std::chrono::milliseconds{static_cast<std::int64_t>(settings.seconds * 1000)});
+        discovery::browse(std::chrono::milliseconds{static_cast<std::int64_t>(settings.seconds * 1000)},
+                          settings.first ? discovery::until::first_is_found : discovery::until::time_is_up);
     if (settings.json) {
         auto all = nlohmann::json::array();
         for (auto const& source : sources)
@@ -85,6 +89,7 @@ void add_list(CLI::App& app, int& exit_code)
     auto const settings = std::make_shared<list_settings>();
     CLI::App* const command = app.add_subcommand("list", "Show the sources on the network with their addresses.");
     command->add_flag("--json", settings->json, "as a JSON array");
+    command->add_flag("--first", settings->first, "wait no longer than until a source is found");
     command->add_option("--seconds", settings->seconds, "how long to wait for answers")
         ->capture_default_str()
         ->check(CLI::Range(0.1, 60.0));

@@ -117,6 +117,12 @@ class Machine:
         for link in ("lo", "eth0"):
             subprocess.run([*inside, "link", "set", link, "up"], check=True)
 
+    def change_address(self, address):
+        inside = ["ip", "-n", self.space, "addr"]
+        subprocess.run([*inside, "del", f"{self.address}/24", "dev", "eth0"], check=True)
+        subprocess.run([*inside, "add", f"{address}/24", "dev", "eth0"], check=True)
+        self.address = address
+
     def run(self, *command, **more):
         """In a host name of its own too."""
         env = {**os.environ, "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={self.socket}", **more}
@@ -325,13 +331,37 @@ class Discovery(unittest.TestCase):
         announcer = self.alpha.announce()
         name = announcer.wait_for("named ")
         self.assertEqual(self.beta.sees(name)["addresses"], ["10.66.0.1"])
-        inside = ["ip", "-n", self.alpha.space, "addr"]
-        subprocess.run([*inside, "add", "10.66.0.9/24", "dev", "eth0"], check=True)
-        subprocess.run([*inside, "del", "10.66.0.1/24", "dev", "eth0"], check=True)
-        subprocess.run([*inside, "replace", "10.66.0.9/24", "dev", "eth0"], check=True)
-        end = time.monotonic() + PATIENCE
-        while self.beta.sees(name)["addresses"] != ["10.66.0.9"]:
-            self.assertLess(time.monotonic(), end, "the old address is still told")
+        self.alpha.change_address("10.66.0.9")
+        self.seconds_until_address(name, "10.66.0.9")
+
+    def seconds_until_address(self, name, address):
+        began = time.monotonic()
+        while self.beta.sees(name)["addresses"] != [address]:
+            self.assertLess(time.monotonic() - began, PATIENCE, "the old address is still told")
+        return time.monotonic() - began
+
+    def test_a_new_address_is_told_without_a_daemon(self):
+        announcer = self.alpha.announce()
+        name = announcer.wait_for("named ")
+        self.assertEqual(self.beta.sees(name)["addresses"], ["10.66.0.1"])
+        self.alpha.change_address("10.66.0.9")
+        self.within(3, self.seconds_until_address(name, "10.66.0.9"), "an address changes, the new one is told")
+
+    def test_who_only_asks_takes_no_name(self):
+        self.start(self.alpha)
+        ask = ("avahi-resolve", "-4", "-n", "beta.local")
+        asking = self.beta.run(QUILLO, "list", "--seconds", "8")
+        self.assertNotIn("10.66.0.2", "\n".join(self.alpha.run(*ask).rest()))
+        self.assertIsNone(asking.popen.poll(), "it has to ask all the while")
+        self.beta.announce().wait_for("named ")
+        self.assertIn("10.66.0.2", "\n".join(self.alpha.run(*ask).rest()))
+
+    def test_waiting_for_the_first_ends_with_it(self):
+        self.beta.announce()
+        began = time.monotonic()
+        asked = self.alpha.run(QUILLO, "list", "--first", "--seconds", "60").rest(PATIENCE)
+        self.assertIn("    rtsp://10.66.0.2:8554/adobe-premiere-pro", asked)
+        self.within(3, time.monotonic() - began, "somebody waits for a name that comes")
 
 
 def permitted():
