@@ -3,6 +3,7 @@
 #include "tests/support/rtsp_receiver.h"
 #include "tests/support/rtsp_socket.h"
 #include "tests/support/running_publisher.h"
+#include "tests/support/soon.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -100,19 +101,6 @@ class mounts : public ::testing::Test
     }
 
     nlohmann::json status() { return nlohmann::json::parse(publisher_.everything.status()); }
-
-    // Once a condition holds that is reached without an event to wait for.
-    template <class Condition>
-    static bool soon(Condition holds)
-    {
-        auto const until = std::chrono::steady_clock::now() + 5s;
-        while (!holds()) {
-            if (std::chrono::steady_clock::now() > until)
-                return false;
-            std::this_thread::sleep_for(5ms);
-        }
-        return true;
-    }
 
     running_publisher publisher_;
 };

@@ -15,17 +15,6 @@ using bytes = std::vector<unsigned char>;
 
 auto const format = video_format(160, 90, SenderFourCC_UYVY, 50, 1);
 
-// All of one luma.
-live_sender::generator of_luma(unsigned char luma)
-{
-    return [luma](protocol::video_format_body const& shape, std::uint64_t) {
-        bytes picture(picture_bytes(shape), 128);
-        for (std::size_t k = 1; k < picture.size(); k += 2)
-            picture[k] = luma;
-        return picture;
-    };
-}
-
 class several : public ::testing::Test
 {
   protected:

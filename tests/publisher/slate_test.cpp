@@ -20,19 +20,9 @@ constexpr char const* name = "Adobe Premiere Pro";
 constexpr char const* path = "/adobe-premiere-pro";
 auto const format = video_format(160, 90, SenderFourCC_UYVY, 50, 1);
 
-// Of one colour that is no grey.
-live_sender::generator of_luma(unsigned char luma)
-{
-    return [luma](protocol::video_format_body const& shape, std::uint64_t) {
-        bytes picture(picture_bytes(shape), 90);
-        for (std::size_t k = 1; k < picture.size(); k += 2)
-            picture[k] = luma;
-        return picture;
-    };
-}
-
 constexpr int dark(int luma) { return 16 + (luma - 16) / 4; }
 constexpr int no_colour = 128;
+constexpr unsigned char some_chroma = 90;
 
 class slate : public ::testing::Test
 {
@@ -51,13 +41,13 @@ class slate : public ::testing::Test
     }
     void play(std::uint8_t id, unsigned char luma, protocol::video_format_body const& shape = format)
     {
-        host_ = std::make_unique<live_sender>(publisher_->socket(), name, id, shape, of_luma(luma));
+        host_ = std::make_unique<live_sender>(publisher_->socket(), name, id, shape, of_luma(luma, some_chroma));
     }
     std::unique_ptr<rtsp_receiver> watch(std::string const& mount = {})
     {
-        auto made = std::make_unique<rtsp_receiver>(publisher_->url(path + mount), rtsp_receiver::over::tcp,
-                                                    mount.empty() ? rtsp_receiver::decode::h264
-                                                                  : rtsp_receiver::decode::raw);
+        auto made =
+            std::make_unique<rtsp_receiver>(publisher_->url(path + mount), rtsp_receiver::over::tcp,
+                                            mount.empty() ? rtsp_receiver::decode::h264 : rtsp_receiver::decode::raw);
         made->start();
         return made;
     }
@@ -98,7 +88,7 @@ TEST_F(slate, keeps_viewers_until_the_source_is_back)
 {
     begin(60s);
     auto const staying = watch();
-    ASSERT_TRUE(shows(*staying, 200, 90));
+    ASSERT_TRUE(shows(*staying, 200, some_chroma));
 
     host_.reset();
     EXPECT_TRUE(shows(*staying, dark(200), no_colour));
@@ -113,7 +103,7 @@ TEST_F(slate, keeps_viewers_until_the_source_is_back)
     for (std::uint8_t const id : {1, 7}) { // the same again, and another process
         auto const luma = static_cast<unsigned char>(100 + 10 * id);
         play(id, luma);
-        EXPECT_TRUE(shows(*staying, luma, 90)) << int{id};
+        EXPECT_TRUE(shows(*staying, luma, some_chroma)) << int{id};
         EXPECT_EQ(sources()[0]["away"], false);
         EXPECT_EQ(sources()[0]["path"], path);
         host_.reset();
@@ -127,13 +117,14 @@ TEST_F(slate, sender_that_is_back_before_it_is_missed_takes_its_own_place)
 {
     begin(60s);
     auto const staying = watch();
-    ASSERT_TRUE(shows(*staying, 200, 90));
+    ASSERT_TRUE(shows(*staying, 200, some_chroma));
     auto const before = std::move(host_);
     play(1, 100);
-    EXPECT_TRUE(shows(*staying, 100, 90));
+    EXPECT_TRUE(shows(*staying, 100, some_chroma));
     ASSERT_TRUE(staying->wait_for_picture());
     for (auto const until = clock::now() + 300ms; clock::now() < until;)
-        EXPECT_TRUE(staying->wait_for_picture([](auto const& shown) { return shown.bytes[shown.bytes.size() / 3] < 110; }));
+        EXPECT_TRUE(
+            staying->wait_for_picture([](auto const& shown) { return shown.bytes[shown.bytes.size() / 3] < 110; }));
     EXPECT_EQ(sources().size(), 1u);
     EXPECT_FALSE(staying->wait_for_end(0ms));
 }
@@ -167,7 +158,7 @@ TEST_F(slate, ends_when_its_time_is_over)
 {
     begin(1s);
     auto const staying = watch();
-    ASSERT_TRUE(shows(*staying, 200, 90));
+    ASSERT_TRUE(shows(*staying, 200, some_chroma));
     host_.reset();
     ASSERT_TRUE(wait_until_away());
     EXPECT_FALSE(staying->wait_for_end(500ms));
@@ -181,7 +172,7 @@ TEST_F(slate, is_off_by_itself)
     EXPECT_EQ(running_publisher::settings({}).slate, 0s);
     begin(0s);
     auto const viewer = watch();
-    ASSERT_TRUE(shows(*viewer, 200, 90));
+    ASSERT_TRUE(shows(*viewer, 200, some_chroma));
     host_.reset();
     EXPECT_TRUE(viewer->wait_for_end(2s));
     EXPECT_TRUE(sources().empty());
@@ -191,13 +182,13 @@ TEST_F(slate, is_not_for_uncompressed_viewers)
 {
     begin(60s);
     auto const viewer = watch("/raw");
-    ASSERT_TRUE(shows(*viewer, 200, 90));
+    ASSERT_TRUE(shows(*viewer, 200, some_chroma));
     host_.reset();
     EXPECT_TRUE(viewer->wait_for_end(2s));
     ASSERT_TRUE(wait_until_away());
     EXPECT_TRUE(refused("/raw"));
     play(1, 100);
-    EXPECT_TRUE(shows(*watch("/raw"), 100, 90));
+    EXPECT_TRUE(shows(*watch("/raw"), 100, some_chroma));
 }
 
 TEST_F(slate, is_black_for_those_who_come_meanwhile_and_gives_way_to_another_size)
@@ -208,14 +199,14 @@ TEST_F(slate, is_black_for_those_who_come_meanwhile_and_gives_way_to_another_siz
     auto const late = watch();
     EXPECT_TRUE(shows(*late, 16, no_colour));
     play(2, 150, video_format(320, 180, SenderFourCC_UYVY, 25, 1));
-    EXPECT_TRUE(shows(*late, 150, 90, 320));
+    EXPECT_TRUE(shows(*late, 150, some_chroma, 320));
     EXPECT_FALSE(late->wait_for_end(0ms));
 }
 
 TEST_F(slate, twins_come_back_to_their_own_addresses)
 {
     begin(60s);
-    live_sender const twin{publisher_->socket(), name, 2, format, of_luma(60)};
+    live_sender const twin{publisher_->socket(), name, 2, format, of_luma(60, some_chroma)};
     host_.reset();
     ASSERT_TRUE(wait_for([](auto const& all) { return all.size() == 2 && all[0]["away"] == true; }));
     play(3, 150);

@@ -10,6 +10,16 @@ using clock = std::chrono::steady_clock;
 
 } // namespace
 
+live_sender::generator of_luma(unsigned char luma, unsigned char chroma)
+{
+    return [luma, chroma](protocol::video_format_body const& shape, std::uint64_t) {
+        std::vector<unsigned char> picture(picture_bytes(shape), chroma);
+        for (std::size_t k = 1; k < picture.size(); k += 2)
+            picture[k] = luma;
+        return picture;
+    };
+}
+
 std::size_t picture_bytes(protocol::video_format_body const& format)
 {
     auto const pixels = static_cast<std::size_t>(format.width) * static_cast<std::size_t>(format.height);

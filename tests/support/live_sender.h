@@ -51,6 +51,9 @@ class live_sender
 // layout has room for it.
 std::vector<unsigned char> noise_picture(protocol::video_format_body const& format, std::uint64_t number);
 
+// Of one luma and one chroma all over, for UYVY.
+live_sender::generator of_luma(unsigned char luma, unsigned char chroma = 128);
+
 std::size_t picture_bytes(protocol::video_format_body const& format);
 
 } // namespace quillo::testing

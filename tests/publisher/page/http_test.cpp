@@ -1,6 +1,7 @@
 // The HTTP server by itself: what it answers to whom, and what it bears.
 #include "publisher/page/http_server.h"
 #include "tests/publisher/page/http_client.h"
+#include "tests/support/soon.h"
 
 #include <gmock/gmock.h>
 #include <sys/socket.h>
@@ -16,6 +17,7 @@ using testing::get;
 using ::testing::HasSubstr;
 using testing::http_client;
 using testing::parse_response;
+using testing::soon;
 
 struct served
 {
@@ -210,13 +212,11 @@ TEST(http, has_room_for_so_many_connections)
     std::list<http_client> held;
     for (int k = 0; k < 5; ++k)
         held.emplace_back(server.port());
-    while (server.connections() < 5)
-        std::this_thread::yield();
+    ASSERT_TRUE(soon([&] { return server.connections() == 5; }));
     http_client more{server.port()};
     EXPECT_TRUE(more.closes_silently());
     held.clear();
-    while (server.connections() > 0)
-        std::this_thread::yield();
+    ASSERT_TRUE(soon([&] { return server.connections() == 0; }));
     EXPECT_EQ(get(server.port(), "/here").status, 200);
 }
 

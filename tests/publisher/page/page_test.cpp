@@ -4,6 +4,7 @@
 #include "tests/support/live_sender.h"
 #include "tests/support/rtsp_receiver.h"
 #include "tests/support/running_publisher.h"
+#include "tests/support/soon.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -28,18 +29,6 @@ class page : public ::testing::Test
 
     http_response get(std::string const& path) { return testing::get(page_.port(), path); }
     nlohmann::json status() { return nlohmann::json::parse(get("/status.json").body); }
-
-    template <class Condition>
-    static bool soon(Condition holds)
-    {
-        auto const until = std::chrono::steady_clock::now() + 5s;
-        while (!holds()) {
-            if (std::chrono::steady_clock::now() > until)
-                return false;
-            std::this_thread::sleep_for(5ms);
-        }
-        return true;
-    }
 
     running_publisher publisher_;
     publisher::page_server page_{any_port(), publisher_.everything};
