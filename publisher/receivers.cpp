@@ -17,6 +17,9 @@ namespace {
 constexpr std::size_t max_agent = 120;
 constexpr std::size_t max_paths = 256;
 constexpr std::chrono::milliseconds goodbye_time{100};
+// A connection whose other end has stopped reading still takes some bytes, as the kernels ask for room now and then.
+// The sound alone is ten times as much.
+constexpr std::uint64_t least_progress = 16384;
 
 struct tcp_state
 {
@@ -149,12 +152,18 @@ void receiver::check_progress(GstRTSPClient* client, steady::duration limit)
                 {now, frames_sent, frames_dropped, state->acknowledged, state->busy, state->waits_for_reader},
                 mount() == "default"))
             log::warning(path(), ' ', mount(), ": ", address(), " (", agent(), ") ", *why);
-    if (!state || !state->data_waits || state->acknowledged != acknowledged_) {
+    if (!state || !state->data_waits || state->acknowledged >= acknowledged_ + least_progress) {
         acknowledged_ = state ? state->acknowledged : 0;
+        waited_for_reader_ = state ? state->waits_for_reader : std::chrono::microseconds{};
         last_progress_ = now;
     } else if (now - last_progress_ > limit) {
-        log::warning(path(), ' ', mount(), ": ", address(), " took nothing for ",
-                     std::chrono::duration_cast<std::chrono::seconds>(limit).count(), " s and is given up; ",
+        bool const unread = (state->waits_for_reader - waited_for_reader_) * 2 > now - last_progress_;
+        log::warning(path(), ' ', mount(), ": ", address(), " (", agent(), ") took ",
+                     state->acknowledged - acknowledged_, " bytes in ",
+                     std::chrono::duration_cast<std::chrono::seconds>(now - last_progress_).count(),
+                     " s and is given up: ",
+                     unread ? "it does not read, its program hangs or was stopped; "
+                            : "nothing gets through to it, its machine or the network to it is gone; ",
                      frames_dropped.load(), " pictures were dropped for it");
         gst_rtsp_client_close(client);
     }

@@ -42,7 +42,7 @@ class receiver : public std::enable_shared_from_this<receiver>
     // other.
     void end() const;
 
-    // Ends it, likewise, if nothing of what waits for it has been acknowledged for so long.
+    // Ends it, likewise, if next to nothing of what waits for it has been acknowledged for so long.
     void end_if_dead(steady::duration limit);
 
     std::atomic<bool> playing{false};
@@ -65,7 +65,9 @@ class receiver : public std::enable_shared_from_this<receiver>
     std::shared_ptr<GMainContext> context_; // of the connection's thread
     object_ptr<GSocket> socket_;
 
-    std::uint64_t acknowledged_ = 0; // bytes; the connection's thread only, as the next
+    // At the last progress; the connection's thread only.
+    std::uint64_t acknowledged_ = 0; // bytes
+    std::chrono::microseconds waited_for_reader_{0};
     steady::time_point last_progress_ = steady::now();
     slow_receiver slowness_;
 };

@@ -93,15 +93,22 @@ GstElement* create_pipeline(GstRTSPMediaFactory* self, GstRTSPMedia* of)
     return pipeline;
 }
 
+// Who asks and goes without a SETUP would otherwise keep a pipeline with its pictures for as long as gst-rtsp-server
+// keeps what is left of the connection.
+void let_go(GstRTSPClient*, GstRTSPMedia* of) { gst_rtsp_media_unprepare(of); }
+
 void configure(GstRTSPMediaFactory* self, GstRTSPMedia* of)
 {
     GST_RTSP_MEDIA_FACTORY_CLASS(quillo_factory_parent_class)->configure(self, of);
     // Live: nothing is held back for its time.
     gst_rtsp_media_set_rate_control(of, FALSE);
     auto* const who = viewer_of(of);
-    if (auto const* const request = gst_rtsp_context_get_current())
+    if (auto const* const request = gst_rtsp_context_get_current()) {
         who->who().identify(*request);
-    g_signal_connect(of, "unprepared", G_CALLBACK(+[](GstRTSPMedia* gone, gpointer) { viewer_of(gone)->stop(); }),
+        if (request->client)
+            g_signal_connect_object(request->client, "closed", G_CALLBACK(let_go), of, GConnectFlags{});
+    }
+    g_signal_connect(of, "unprepared", G_CALLBACK(+[](GstRTSPMedia* gone, gpointer) { viewer_of(gone)->leave(); }),
                      nullptr);
     who->start();
 }

@@ -24,6 +24,12 @@ class viewer
     virtual void describe(GstSDPMessage& description) = 0;
 
     receiver& who() { return *who_; }
+    // It is gone, although what answered it may stay for a while.
+    void leave()
+    {
+        stop();
+        all_->dismiss(who_);
+    }
 
     viewer(std::shared_ptr<receivers> all, receiver_ptr who) : all_(std::move(all)), who_(std::move(who)) {}
     viewer(viewer const&) = delete;

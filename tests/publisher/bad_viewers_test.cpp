@@ -3,7 +3,9 @@
 #include "tests/support/rtsp_receiver.h"
 #include "tests/support/rtsp_socket.h"
 #include "tests/support/running_publisher.h"
+#include "tests/support/soon.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -12,6 +14,8 @@
 
 namespace quillo::testing {
 namespace {
+
+using ::testing::ContainsRegex;
 
 auto const format = video_format(640, 360, SenderFourCC_UYVY, 50, 1);
 
@@ -74,6 +78,26 @@ TEST_F(bad_viewers, one_that_stops_reading_is_given_up_and_harms_nobody)
     EXPECT_GE(longest_run(good, 20), 5);
 }
 
+TEST_F(bad_viewers, one_that_takes_next_to_nothing_is_given_up_and_named)
+{
+    ::testing::internal::CaptureStderr();
+    rtsp_socket stuck{port()};
+    bool const played = stuck.play(raw());
+    stuck.read_slowly(4000, 5s);
+    auto const said = ::testing::internal::GetCapturedStderr();
+    ASSERT_TRUE(played);
+    EXPECT_TRUE(receivers().empty());
+    EXPECT_THAT(said, ContainsRegex("warning: .*source raw: 127.0.0.1 .* given up: it does not read"));
+}
+
+TEST_F(bad_viewers, one_that_reads_slowly_stays)
+{
+    rtsp_socket slow{port()};
+    ASSERT_TRUE(slow.play(raw()));
+    slow.read_slowly(200'000, 5s);
+    EXPECT_EQ(receivers().size(), 1u);
+}
+
 TEST_F(bad_viewers, pictures_dropped_for_a_stopped_one_are_counted)
 {
     rtsp_socket stopped{port()};
@@ -107,6 +131,15 @@ TEST_F(bad_viewers, raw_viewers_beyond_the_limit_are_refused)
     EXPECT_TRUE(taken);
 }
 
+TEST_F(bad_viewers, those_who_ask_and_go_leave_their_place_at_once)
+{
+    ASSERT_TRUE(rtsp_socket{port()}.play(raw()));
+    for (int k = 0; k < 40; ++k) {
+        rtsp_socket curious{port()};
+        ASSERT_TRUE(curious.ask("DESCRIBE", raw()).starts_with("RTSP/1.0 200")) << k;
+    }
+}
+
 TEST_F(bad_viewers, unknown_paths_are_not_found)
 {
     rtsp_socket lost{port()};
@@ -138,10 +171,7 @@ TEST_F(bad_viewers, many_that_come_and_go_leave_nothing_behind)
         rtsp_socket one{port()};
         ASSERT_TRUE(one.play(round % 3 ? raw() : publisher_.url("/source"), round % 5 ? 2 : 1)) << round;
     }
-    auto const until = std::chrono::steady_clock::now() + 5s;
-    while (!receivers().empty() && std::chrono::steady_clock::now() < until)
-        std::this_thread::sleep_for(5ms);
-    EXPECT_TRUE(receivers().empty());
+    EXPECT_TRUE(soon([&] { return receivers().empty(); }));
     EXPECT_FALSE(sender_.wanted());
 }
 

@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 
 #include <stdexcept>
+#include <thread>
 #include <vector>
 
 namespace quillo::testing {
@@ -130,6 +131,16 @@ bool rtsp_socket::ended_by_peer(std::chrono::milliseconds limit)
         char chunk[4096];
         if (::recv(socket_.get(), chunk, sizeof chunk, 0) <= 0)
             return true;
+    }
+}
+
+void rtsp_socket::read_slowly(std::size_t bytes_a_second, std::chrono::milliseconds during)
+{
+    auto const until = std::chrono::steady_clock::now() + during;
+    std::vector<unsigned char> chunk(bytes_a_second / 100);
+    for (auto due = std::chrono::steady_clock::now(); due < until; due += 10ms) {
+        std::this_thread::sleep_until(due);
+        ::recv(socket_.get(), chunk.data(), chunk.size(), MSG_DONTWAIT);
     }
 }
 
