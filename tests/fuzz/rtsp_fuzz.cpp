@@ -17,6 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
         settings.doors.connections = 10000;
         return new rtsp_server{settings, std::make_shared<receivers>()};
     }();
-    quillo::fuzz::say(server->port(), data, size);
+    // Connections are kept for a second after their end.
+    quillo::fuzz::say(server->port(), data, size, 500);
     return 0;
 }

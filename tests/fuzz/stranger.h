@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <deque>
 
 namespace quillo::fuzz {
 
@@ -34,11 +35,8 @@ inline open::descriptor connection(int port)
 }
 
 // A server that does not let go of one who has said his last word within two seconds is at fault.
-inline void say(int port, std::uint8_t const* data, std::size_t size)
+inline void wait_for_end(open::descriptor const& socket)
 {
-    auto const socket = connection(port);
-    ::send(socket.get(), data, size, MSG_NOSIGNAL | MSG_DONTWAIT);
-    ::shutdown(socket.get(), SHUT_WR);
     for (char answer[4096];;) {
         pollfd waiting{socket.get(), POLLIN, 0};
         if (::poll(&waiting, 1, 2000) == 0) {
@@ -48,6 +46,19 @@ inline void say(int port, std::uint8_t const* data, std::size_t size)
         if (::recv(socket.get(), answer, sizeof answer, 0) <= 0)
             return;
     }
+}
+
+// So many may be waiting for their end at once: some servers take their time about it.
+inline void say(int port, std::uint8_t const* data, std::size_t size, std::size_t at_once = 1)
+{
+    static std::deque<open::descriptor> talking;
+    auto const& socket = talking.emplace_back(connection(port));
+    ::send(socket.get(), data, size, MSG_NOSIGNAL | MSG_DONTWAIT);
+    ::shutdown(socket.get(), SHUT_WR);
+    if (talking.size() < at_once)
+        return;
+    wait_for_end(talking.front());
+    talking.pop_front();
 }
 
 } // namespace quillo::fuzz
