@@ -29,16 +29,15 @@ class Fault(NamedTuple):
 # Results do not depend on these lines: when memory is fetched, from which size on it is streamed, from which on string
 # instructions are used, which processor is there.
 WITHOUT_INFLUENCE = re.compile(r"^\s*#|prefetch|ahead|streaming_from|fence|assert|widest|note_ran|by_string|bytes >= 256|restrict|cpuid|cached")
-# Nor on these faults of a kind: what is aligned may be taken as if it were not, nothing has to be streamed, blocks may
-# go one by one instead of as many as a vector has lanes, lines that only touch each other in either order, and a limit
-# itself counts on either side of it. 32-bit words shifted right are never negative or masked after; 128 more or less is
-# the same byte.
+# Nor on these faults of a kind: what is aligned may be taken as if it were not, nothing has to be streamed, lines that
+# only touch each other may go in either order, and a limit itself counts on either side of it. 32-bit words shifted
+# right are never negative or masked after; 128 more or less is the same byte.
 EQUIVALENT = {
     "true to false": r"run<processor::ssse3, ",
     "bit and to bit or": r"& 15\) == 0",
     "logical to arithmetic shift": r"friend vec shift_right_u32",
     "plus to minus": r"static_cast<unsigned char>\(\(weighted_sum<p, order>.*black_c\) >> 8",
-    "less or equal to less": r"i \+ step <= count|any_order\(\) const",
+    "less or equal to less": r"any_order\(\) const",
     "less to less or equal": r"any_order\(\) const|if \(width < 0\)|level < 0 \? 0",
     "greater to greater or equal": r"level > 255 \? 255",
 }
