@@ -1,4 +1,4 @@
-#include "tools/quillo/command.h"
+#include "tools/quillo/exit_code.h"
 #include "tools/quillo/play_options.h"
 #include "tools/quillo/play_terminal.h"
 #include "tools/quillo/publisher_watch.h"
