@@ -12,7 +12,6 @@ namespace quillo::publisher {
 namespace {
 
 constexpr char const* viewer_key = "quillo-viewer";
-constexpr std::uint64_t between_reports = 500 * GST_MSECOND; // on average
 
 struct media
 {
@@ -47,17 +46,8 @@ gboolean setup_sdp(GstRTSPMedia* self, GstSDPMessage* description, GstSDPInfo* i
     return TRUE;
 }
 
-// Receivers that follow each stream's delay by itself bring sound and picture together at each report, and only then:
-// after a delay has changed they stay apart until the next one.
-void report_often(GstBin*, GstElement* part, gpointer)
-{
-    if (g_object_class_find_property(G_OBJECT_GET_CLASS(part), "rtcp-min-interval"))
-        g_object_set(part, "rtcp-min-interval", between_reports, nullptr);
-}
-
 gboolean setup_rtpbin(GstRTSPMedia*, GstElement* rtpbin)
 {
-    g_signal_connect(rtpbin, "element-added", G_CALLBACK(report_often), nullptr);
     // Sender reports carry the time of capture: sound and picture spend different times on the way to the wire.
     g_object_set(rtpbin, "rtcp-sync-send-time", FALSE, nullptr);
     // And the common clock itself. The wall clock would be read a moment apart from it, which a busy machine makes

@@ -187,17 +187,6 @@ TEST_F(mounts, default_mount_shows_what_was_sent_over_udp_too)
     EXPECT_TRUE(soon([&] { return status()["sources"][0]["receivers"][0]["transport"] == "UDP"; }));
 }
 
-TEST_F(mounts, reports_bring_sound_and_picture_together_several_times_a_second)
-{
-    auto const sender = play();
-    for (auto const* path : {"/adobe-premiere-pro", "/adobe-premiere-pro/raw"}) {
-        // Those about the second media.
-        rtsp_socket receiver{publisher_.everything.port()};
-        ASSERT_TRUE(receiver.play(publisher_.url(path)));
-        EXPECT_GE(receiver.packets(3, 3s), 3) << path;
-    }
-}
-
 TEST_F(mounts, time_stamps_rise_by_the_period)
 {
     auto const sender = play(hd, noise_picture);

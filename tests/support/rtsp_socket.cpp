@@ -92,35 +92,6 @@ bool rtsp_socket::play(std::string const& url, int streams)
     return ask("PLAY", url, session).starts_with("RTSP/1.0 200");
 }
 
-bool rtsp_socket::read(unsigned char* bytes, std::size_t size, std::chrono::steady_clock::time_point until)
-{
-    while (size > 0) {
-        auto const left = std::chrono::ceil<std::chrono::milliseconds>(until - std::chrono::steady_clock::now());
-        if (!readable(socket_.get(), left))
-            return false;
-        auto const got = ::recv(socket_.get(), bytes, size, 0);
-        if (got <= 0)
-            return false;
-        bytes += got;
-        size -= static_cast<std::size_t>(got);
-    }
-    return true;
-}
-
-int rtsp_socket::packets(unsigned channel, std::chrono::milliseconds during)
-{
-    auto const until = std::chrono::steady_clock::now() + during;
-    int count = 0;
-    unsigned char head[4];
-    std::vector<unsigned char> packet;
-    while (read(head, sizeof head, until) && head[0] == '$') {
-        packet.resize(256u * head[2] + head[3]);
-        if (read(packet.data(), packet.size(), until) && head[1] == channel)
-            ++count;
-    }
-    return count;
-}
-
 bool rtsp_socket::ended_by_peer(std::chrono::milliseconds limit)
 {
     auto const until = std::chrono::steady_clock::now() + limit;

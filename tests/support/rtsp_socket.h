@@ -23,15 +23,11 @@ class rtsp_socket
     bool play(std::string const& url, int streams = 9);
 
     bool send(std::string const& bytes);
-    // How many packets come on a channel in that time, after play().
-    int packets(unsigned channel, std::chrono::milliseconds during);
     bool ended_by_peer(std::chrono::milliseconds limit = 5s); // reads on
     // At most so fast. What the publisher's kernel has taken comes even when the publisher has ended it.
     void read_slowly(std::size_t bytes_a_second, std::chrono::milliseconds during);
 
   private:
-    bool read(unsigned char* bytes, std::size_t size, std::chrono::steady_clock::time_point until);
-
     open::descriptor socket_;
     int sequence_ = 0;
 };
