@@ -229,8 +229,9 @@ def record_gstreamer(url, mount, seconds):
     text = result.stdout.decode(errors="replace")
     types, times = {}, {}
     for name in ("video", "audio"):
-        types[name] = dict(re.findall(r"([a-z-]+)=\(\w+\)\"?([^,;\"\n]+)", "".join(
-            re.findall(rf"GstFakeSink:{name}.GstPad:sink: caps = ({name}/.*)", text)[-1:])))
+        # What is told last counts; a line that was cut short adds nothing.
+        caps = re.findall(rf"GstFakeSink:{name}.GstPad:sink: caps = ({name}/.*)", text)
+        types[name] = dict(field for one in caps for field in re.findall(r"([a-z-]+)=\(\w+\)\"?([^,;\"\n]+)", one))
         told = re.findall(rf"GstFakeSink:{name}: last-message = (chain .*)", text)
         told = [line for before, line in zip([""] + told, told) if line != before]  # one buffer may be told twice
         times[name] = [sum(float(part) * unit for part, unit in zip(when.split(":"), (3600, 60, 1)))
