@@ -229,8 +229,8 @@ def record_gstreamer(url, mount, seconds):
     text = result.stdout.decode(errors="replace")
     types, times = {}, {}
     for name in ("video", "audio"):
-        # What is told last counts; a line that was cut short adds nothing.
-        caps = re.findall(rf"GstFakeSink:{name}.GstPad:sink: caps = ({name}/.*)", text)
+        # Of every decoded pad, as gst-launch-1.0 does not tell of each one every time; what is told last counts.
+        caps = re.findall(rf"\.GstPad:(?:sink|src): caps = ({name}/x-raw.*)", text)
         types[name] = dict(field for one in caps for field in re.findall(r"([a-z-]+)=\(\w+\)\"?([^,;\"\n]+)", one))
         told = re.findall(rf"GstFakeSink:{name}: last-message = (chain .*)", text)
         told = [line for before, line in zip([""] + told, told) if line != before]  # one buffer may be told twice
