@@ -1,6 +1,6 @@
 // What GLib keeps for the life of the process and hides from the leak check: its table of interned strings, which it
-// replaces when it grows. And what libsoup 3.2 forgets, and later ones do not: the
-// path of a request whose transfer encoding it does not know.
+// replaces when it grows. And what libsoup 3.2 forgets, and later ones do not: the path of a request whose transfer
+// encoding it does not know.
 extern "C" {
 
 char const* __lsan_default_suppressions();
