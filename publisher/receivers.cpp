@@ -16,7 +16,6 @@ namespace {
 
 constexpr std::size_t max_agent = 120;
 constexpr std::size_t max_paths = 256;
-constexpr std::chrono::milliseconds goodbye_time{100};
 // A connection whose other end has stopped reading still takes some bytes, as the kernels ask for room now and then.
 // The sound alone is ten times as much.
 constexpr std::uint64_t least_progress = 16384;
@@ -125,10 +124,11 @@ void receiver::on_its_thread(std::chrono::milliseconds from_now, std::function<v
     g_source_attach(later.get(), context_.get());
 }
 
-void receiver::end() const
+void receiver::end(std::chrono::milliseconds from_now)
 {
-    on_its_thread(goodbye_time, [weak = weak_from_this()](GstRTSPClient* client) {
-        if (auto const self = weak.lock())
+    on_its_thread(from_now, [weak = weak_from_this()](GstRTSPClient* client) {
+        auto const self = weak.lock();
+        if (self && !self->ended_.exchange(true))
             log::info(self->path(), ' ', self->mount(), ": ", self->address(), " is ended");
         gst_rtsp_client_close(client);
     });

@@ -38,9 +38,8 @@ class receiver : public std::enable_shared_from_this<receiver>
     std::string agent() const;
     std::string transport() const;
 
-    // Ends the connection, after a moment for what is on its way, and on its own thread: gst-rtsp-server bears no
-    // other.
-    void end() const;
+    // Ends the connection, on its own thread: gst-rtsp-server bears no other. The earliest of several calls counts.
+    void end(std::chrono::milliseconds from_now);
 
     // Ends it, likewise, if next to nothing of what waits for it has been acknowledged for so long.
     void end_if_dead(steady::duration limit);
@@ -53,6 +52,8 @@ class receiver : public std::enable_shared_from_this<receiver>
     std::string const path_;
     std::string const mount_;
     steady::time_point const since_ = steady::now();
+
+    std::atomic<bool> ended_{false};
 
     void on_its_thread(std::chrono::milliseconds from_now, std::function<void(GstRTSPClient*)> f) const;
     void check_progress(GstRTSPClient* client, steady::duration limit);

@@ -20,6 +20,7 @@ namespace {
 
 constexpr int client_threads = 16; // one that waits for an encoder holds up those on its thread
 constexpr int backlog = 16;
+constexpr std::chrono::milliseconds goodbye_time{100};
 constexpr std::chrono::milliseconds after_closing{500};
 
 // The last packets of a picture do not wait for the acknowledgement of those before, which may take 40 ms.
@@ -131,7 +132,7 @@ rtsp_server::rtsp_server(rtsp_settings const& settings, std::shared_ptr<receiver
 rtsp_server::~rtsp_server()
 {
     for (auto const& who : all_->all())
-        who->end();
+        who->end(goodbye_time);
     if (!all_->wait_until_empty(patience))
         log::warning("some receivers did not end in time");
     // From within the loop, which may not have begun yet.

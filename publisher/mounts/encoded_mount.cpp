@@ -145,7 +145,7 @@ void h264_viewer::ended()
     if (first_unit_)
         say_goodbye();
     else
-        who_->end();
+        who_->end({});
 }
 
 } // namespace

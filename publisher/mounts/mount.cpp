@@ -12,6 +12,9 @@ namespace quillo::publisher {
 namespace {
 
 constexpr char const* viewer_key = "quillo-viewer";
+// From the end of its streams, or from now on for who does not take them.
+constexpr std::chrono::milliseconds on_its_way{100};
+constexpr std::chrono::seconds goodbye_limit{1};
 
 struct media
 {
@@ -56,8 +59,18 @@ gboolean setup_rtpbin(GstRTSPMedia*, GstElement* rtpbin)
     return TRUE;
 }
 
+// Everything that was pushed has reached the network, the goodbyes behind it.
+gboolean handle_message(GstRTSPMedia* self, GstMessage* message)
+{
+    if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_EOS)
+        if (auto* const who = viewer_of(self))
+            who->who().end(on_its_way);
+    return GST_RTSP_MEDIA_CLASS(quillo_media_parent_class)->handle_message(self, message);
+}
+
 void quillo_media_class_init(mediaClass* of)
 {
+    of->parent.handle_message = handle_message;
     of->parent.setup_sdp = setup_sdp;
     of->parent.setup_rtpbin = setup_rtpbin;
 }
@@ -127,7 +140,7 @@ void viewer::say_goodbye()
     gst_app_src_end_of_stream(GST_APP_SRC(audio_in_.get()));
     if (key_in_)
         gst_app_src_end_of_stream(GST_APP_SRC(key_in_.get()));
-    who_->end();
+    who_->end(goodbye_limit);
 }
 
 object_ptr<GstRTSPMediaFactory> make_factory(std::shared_ptr<mount> served)

@@ -121,7 +121,7 @@ void raw_viewer::ended()
     if (first_picture_)
         say_goodbye();
     else
-        who_->end();
+        who_->end({});
 }
 
 pushed raw_viewer::push(raw_form::pictures const& made)
