@@ -3,6 +3,7 @@
 #include <gst/app/gstappsink.h>
 
 #include <ctime>
+#include <memory>
 #include <utility>
 
 namespace quillo::testing {
@@ -39,19 +40,19 @@ std::vector<unsigned char> rtsp_receiver::tight_bytes(GstVideoFrame& frame)
 }
 
 rtsp_receiver::rtsp_receiver(std::string const& url, over transport, decode kind)
-    : pipeline_(static_cast<GstElement*>(gst_object_ref_sink(gst_pipeline_new(nullptr)))), kind_(kind)
+    : pipeline_(static_cast<GstElement*>(gst_object_ref_sink(gst_pipeline_new(nullptr)))),
+      source_(gst_element_factory_make("rtspsrc", nullptr)), kind_(kind)
 {
-    GstElement* const source = gst_element_factory_make("rtspsrc", nullptr);
-    g_object_set(source, "location", url.c_str(), "latency", 0, nullptr);
+    g_object_set(source_, "location", url.c_str(), "latency", 0, nullptr);
     // Time stamps as they were sent, not smoothed over their arrival.
-    gst_util_set_object_arg(G_OBJECT(source), "buffer-mode", "none");
-    gst_util_set_object_arg(G_OBJECT(source), "protocols", transport == over::tcp ? "tcp" : "udp");
-    gst_bin_add(GST_BIN(pipeline_.get()), source);
-    g_signal_connect(source, "pad-added", G_CALLBACK(+[](GstElement*, GstPad* pad, gpointer self) {
+    gst_util_set_object_arg(G_OBJECT(source_), "buffer-mode", "none");
+    gst_util_set_object_arg(G_OBJECT(source_), "protocols", transport == over::tcp ? "tcp" : "udp");
+    gst_bin_add(GST_BIN(pipeline_.get()), source_);
+    g_signal_connect(source_, "pad-added", G_CALLBACK(+[](GstElement*, GstPad* pad, gpointer self) {
                          static_cast<rtsp_receiver*>(self)->link(pad);
                      }),
                      this);
-    g_signal_connect(source, "on-sdp", G_CALLBACK(+[](GstElement*, GstSDPMessage* sdp, gpointer data) {
+    g_signal_connect(source_, "on-sdp", G_CALLBACK(+[](GstElement*, GstSDPMessage* sdp, gpointer data) {
                          auto* const self = static_cast<rtsp_receiver*>(data);
                          string_ptr const text{gst_sdp_message_as_text(sdp)};
                          std::lock_guard const lock{self->mutex_};
@@ -63,12 +64,33 @@ rtsp_receiver::rtsp_receiver(std::string const& url, over transport, decode kind
 
 void rtsp_receiver::start() { gst_element_set_state(pipeline_.get(), GST_STATE_PLAYING); }
 
-rtsp_receiver::~rtsp_receiver() { gst_element_set_state(pipeline_.get(), GST_STATE_NULL); }
+// The ends first, which may hold threads of the source, then the source: otherwise its threads would still be in the
+// depayloaders, where rtpvrawdepay goes on with a description of pictures that is gone as soon as it is stopped.
+rtsp_receiver::~rtsp_receiver()
+{
+    std::unique_ptr<GstIterator, decltype(&gst_iterator_free)> ends{nullptr, gst_iterator_free};
+    {
+        std::lock_guard const lock{linking_};
+        closing_ = true;
+        ends.reset(gst_bin_iterate_all_by_element_factory_name(GST_BIN(pipeline_.get()), "appsink"));
+    }
+    gst_iterator_foreach(
+        ends.get(),
+        [](GValue const* end, gpointer) {
+            auto* const sink = GST_ELEMENT(g_value_get_object(end));
+            gst_element_set_locked_state(sink, TRUE);
+            gst_element_set_state(sink, GST_STATE_NULL);
+        },
+        nullptr);
+    gst_element_set_state(source_, GST_STATE_NULL);
+    gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
+}
 
 void rtsp_receiver::link(GstPad* pad)
 {
     auto const caps = adopt<caps_ptr>(gst_pad_get_current_caps(pad));
-    if (!caps) // at its end already
+    std::lock_guard const lock{linking_};
+    if (!caps || closing_) // at its end already
         return;
     GstStructure const* const first = gst_caps_get_structure(caps.get(), 0);
     bool const video = std::string_view{gst_structure_get_string(first, "media")} == "video";

@@ -43,11 +43,11 @@ class rtsp_receiver
 
     // The next picture that fits, older ones are forgotten. Nothing when none comes in time.
     std::optional<picture> wait_for_picture(std::function<bool(picture const&)> const& fits = {},
-                                            std::chrono::milliseconds limit = 5s);
+                                            std::chrono::milliseconds limit = 20s);
     // Waits until so much sound has come, and takes it.
-    std::vector<unsigned char> wait_for_sound(std::size_t bytes, std::chrono::milliseconds limit = 5s);
+    std::vector<unsigned char> wait_for_sound(std::size_t bytes, std::chrono::milliseconds limit = 20s);
     // The connection ended, in order or with an error.
-    bool wait_for_end(std::chrono::milliseconds limit = 5s);
+    bool wait_for_end(std::chrono::milliseconds limit = 20s);
 
     std::size_t pictures() const;
     std::string sdp() const; // empty before it has come
@@ -64,7 +64,10 @@ class rtsp_receiver
     void take_sound(GstSample* sample);
 
     element_ptr pipeline_;
+    GstElement* const source_; // in it
     decode const kind_;
+    std::mutex linking_;
+    bool closing_ = false;
     mutable std::mutex mutex_;
     std::condition_variable changed_;
     std::vector<picture> waiting_;
