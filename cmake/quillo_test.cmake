@@ -10,6 +10,12 @@ foreach(label threads memory)
   add_dependencies(check_${label} transmit_module)
 endforeach()
 
+# Not optimised, unless the product is too: each runs for moments and is compiled anew for each sanitizer. What tests share
+# and has much to do, like the references of the conversions, is in libraries.
+function(quillo_test_options target)
+  target_compile_options(${target} PRIVATE $<$<CONFIG:Debug>:-O0>)
+endfunction()
+
 # Shared by all test programs.
 if(QUILLO_PRECOMPILE)
   file(CONFIGURE OUTPUT test_headers.cpp CONTENT "int main() {}\n")
@@ -17,6 +23,7 @@ if(QUILLO_PRECOMPILE)
   target_link_libraries(test_headers PRIVATE GTest::gmock GTest::gtest)
   # GStreamer's users are compiled so, and precompiled headers serve only who is compiled alike.
   target_compile_options(test_headers PRIVATE -pthread)
+  quillo_test_options(test_headers)
   quillo_precompile(test_headers ${QUILLO_TEST_HEADERS})
 endif()
 
@@ -24,6 +31,7 @@ function(quillo_test)
   cmake_parse_arguments(arg "" "NAME" "SOURCES;LIBRARIES;LABELS" ${ARGN})
   add_executable(${arg_NAME} ${arg_SOURCES})
   target_link_libraries(${arg_NAME} PRIVATE ${arg_LIBRARIES} GTest::gmock GTest::gtest GTest::gtest_main)
+  quillo_test_options(${arg_NAME})
   if(TARGET test_headers)
     target_precompile_headers(${arg_NAME} REUSE_FROM test_headers)
     target_compile_options(${arg_NAME} PRIVATE -pthread)

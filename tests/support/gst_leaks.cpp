@@ -12,6 +12,7 @@ char const* __lsan_default_suppressions()
            "leak:gst_rtsp_status_as_text\nleak:soup_headers_parse_request\n";
 }
 
-// GLib is built without frame pointers.
-char const* __asan_default_options() { return "fast_unwind_on_malloc=0"; }
+// GLib is built without frame pointers. To look for every caller of every allocation takes longer than all else; ten
+// of them show the names above.
+char const* __asan_default_options() { return "fast_unwind_on_malloc=0:malloc_context_size=10"; }
 }

@@ -77,6 +77,12 @@ void live_sender::run()
     auto const begin = clock::now();
     auto due = begin;
     bool told_held = false;
+    auto const heed_wants = [&](protocol_sender::message const& got) {
+        if (got.type != protocol::message::wants)
+            return;
+        wanted_ = got.body[0] != std::byte{0};
+        told_held = false;
+    };
     while (!stop_) {
         auto const format = [&] {
             std::lock_guard const lock{mutex_};
@@ -88,15 +94,11 @@ void live_sender::run()
         std::int64_t const period_ns = 1'000'000'000ll * format.rate_d / format.rate_n;
 
         // What comes back until the next picture is due.
-        bool released = true;
-        while (clock::now() < due || !released) {
+        while (clock::now() < due) {
             auto const left = std::chrono::ceil<std::chrono::milliseconds>(due - clock::now());
-            auto const got = channel_.receive(std::max(left, 1ms));
-            if (got && got->type == protocol::message::wants) {
-                wanted_ = got->body[0] != std::byte{0};
-                told_held = false;
-            }
-            if (!got && channel_.ended_by_peer(0ms))
+            if (auto const got = channel_.receive(std::max(left, 1ms)))
+                heed_wants(*got);
+            else if (channel_.ended())
                 return;
         }
         due += std::chrono::nanoseconds{period_ns};
@@ -110,8 +112,7 @@ void live_sender::run()
         auto const timecode = static_cast<std::int64_t>(number) * period_ns / 100;
         channel_.video(format, make_(format, number), timecode, repeat);
         while (auto const got = channel_.receive(1000ms)) {
-            if (got->type == protocol::message::wants)
-                wanted_ = got->body[0] != std::byte{0};
+            heed_wants(*got);
             if (got->type == protocol::message::release)
                 break;
         }

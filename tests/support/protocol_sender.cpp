@@ -181,8 +181,10 @@ std::optional<protocol_sender::message> protocol_sender::receive(milliseconds li
             return std::nullopt;
         std::byte chunk[65536];
         ssize_t const count = ::recv(socket_.get(), chunk, sizeof chunk, 0);
-        if (count <= 0)
+        if (count <= 0) {
+            ended_ = true;
             return std::nullopt;
+        }
         arrived_.insert(arrived_.end(), chunk, chunk + count);
     }
 }
@@ -209,19 +211,6 @@ bool protocol_sender::wait_for_wants(bool video, milliseconds limit)
 bool protocol_sender::wait_for_release(milliseconds limit)
 {
     return receive(protocol::message::release, limit).has_value();
-}
-
-bool protocol_sender::ended_by_peer(milliseconds limit)
-{
-    auto const until = std::chrono::steady_clock::now() + limit;
-    for (;;) {
-        auto const left = std::chrono::ceil<milliseconds>(until - std::chrono::steady_clock::now());
-        if (left < 0ms || !readable(socket_.get(), left))
-            return false;
-        std::byte chunk[65536];
-        if (::recv(socket_.get(), chunk, sizeof chunk, 0) <= 0)
-            return true;
-    }
 }
 
 std::string protocol_sender::status()

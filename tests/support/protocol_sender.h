@@ -60,7 +60,7 @@ class protocol_sender
     std::optional<message> receive(protocol::message type, milliseconds limit = 3000ms); // others are passed over
     bool wait_for_wants(bool video, milliseconds limit = 3000ms);
     bool wait_for_release(milliseconds limit = 3000ms);
-    bool ended_by_peer(milliseconds limit = 3000ms);
+    bool ended() const { return ended_; } // by the publisher, as far as has been received
     std::string status();
 
     void hang_up() { socket_.reset(); }
@@ -76,6 +76,7 @@ class protocol_sender
     std::uint64_t index_ = 0;
     std::uint64_t samples_ = 0;
     std::vector<std::byte> arrived_;
+    bool ended_ = false;
 };
 
 // Sealed memory for pictures.

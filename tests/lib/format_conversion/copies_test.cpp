@@ -28,7 +28,7 @@ bytes opaque_pixels(std::size_t pixels)
 
 TEST(Alignment, StrideOf24IsNotAligned)
 {
-    alignas(64) unsigned char memory[64];
+    alignas(64) unsigned char memory[64]{};
     EXPECT_TRUE(fc::is_aligned(memory, 32));
     EXPECT_FALSE(fc::is_aligned(memory, 24));
     EXPECT_FALSE(fc::is_aligned(memory + 8, 32));
@@ -36,14 +36,14 @@ TEST(Alignment, StrideOf24IsNotAligned)
 
 TEST(Alignment, NegativeStridesCount)
 {
-    alignas(64) unsigned char memory[64];
+    alignas(64) unsigned char memory[64]{};
     EXPECT_TRUE(fc::is_aligned(memory, -32));
     EXPECT_FALSE(fc::is_aligned(memory, -24));
 }
 
 TEST(Alignment, Avx2AsksForSixteenBytesToo)
 {
-    alignas(64) unsigned char memory[64];
+    alignas(64) unsigned char memory[64]{};
     EXPECT_TRUE(fc::is_aligned_avx2(memory + 16, 32));
     EXPECT_TRUE(fc::is_aligned_avx2(memory, 48));
     EXPECT_FALSE(fc::is_aligned_avx2(memory + 8, 32));
@@ -53,7 +53,7 @@ TEST(Alignment, Avx2AsksForSixteenBytesToo)
 
 TEST(Alignment, TwoPlanesMustBothBeAligned)
 {
-    alignas(64) unsigned char memory[64];
+    alignas(64) unsigned char memory[64]{};
     EXPECT_TRUE(fc::is_aligned(memory, 32, memory + 16, -16));
     EXPECT_FALSE(fc::is_aligned(memory, 32, memory + 1, 16));
     EXPECT_FALSE(fc::is_aligned(memory, 32, memory, 20));
