@@ -1,6 +1,7 @@
 #include "publisher/receivers.h"
 
 #include "publisher/log.h"
+#include "publisher/machine.h"
 #include "publisher/slug.h"
 
 #include <linux/tcp.h>
@@ -20,12 +21,19 @@ constexpr std::size_t max_paths = 256;
 // The sound alone is ten times as much.
 constexpr std::uint64_t least_progress = 16384;
 
+// Receivers set sound and picture right by sender reports, and by nothing else: when the network has just changed they
+// come often. Otherwise as a rule, since each may move the times of the sound by a little.
+constexpr std::chrono::milliseconds report_interval{5000};
+constexpr std::chrono::milliseconds report_interval_after_change{500};
+constexpr std::chrono::milliseconds first_report_within{100};
+
 struct tcp_state
 {
     std::uint64_t acknowledged;
     bool data_waits;
     std::chrono::microseconds busy;
     std::chrono::microseconds waits_for_reader;
+    std::chrono::microseconds round_trip;
 };
 
 std::optional<tcp_state> tcp_state_of(GSocket* socket)
@@ -37,7 +45,8 @@ std::optional<tcp_state> tcp_state_of(GSocket* socket)
     if (::getsockopt(g_socket_get_fd(socket), IPPROTO_TCP, TCP_INFO, &info, &size) != 0)
         return std::nullopt;
     return tcp_state{info.tcpi_bytes_acked, info.tcpi_notsent_bytes > 0 || info.tcpi_unacked > 0,
-                     std::chrono::microseconds{info.tcpi_busy_time}, std::chrono::microseconds{info.tcpi_rwnd_limited}};
+                     std::chrono::microseconds{info.tcpi_busy_time}, std::chrono::microseconds{info.tcpi_rwnd_limited},
+                     std::chrono::microseconds{info.tcpi_rtt}};
 }
 
 std::shared_ptr<GWeakRef> weak_reference(GstRTSPClient* client)
@@ -81,6 +90,12 @@ void receiver::set_transport(std::string transport)
 {
     std::lock_guard const lock{mutex_};
     transport_ = std::move(transport);
+}
+
+void receiver::set_reporter(GstElement* rtpbin)
+{
+    std::lock_guard const lock{mutex_};
+    reporter_ = retain_object(rtpbin);
 }
 
 std::string receiver::address() const
@@ -134,7 +149,7 @@ void receiver::end(std::chrono::milliseconds from_now)
     });
 }
 
-void receiver::end_if_dead(steady::duration limit)
+void receiver::look_after(steady::duration limit)
 {
     // A call may wait for ever, when the thread is gone already: it must not hold what it is about.
     on_its_thread({}, [weak = weak_from_this(), limit](GstRTSPClient* client) {
@@ -147,11 +162,14 @@ void receiver::check_progress(GstRTSPClient* client, steady::duration limit)
 {
     auto const state = tcp_state_of(socket_.get());
     auto const now = steady::now();
-    if (state && transport() == "TCP")
+    if (state && transport() == "TCP") {
+        report_often(network_.recent(now, frames_dropped,
+                                     is_loopback(address()) ? std::nullopt : std::optional{state->round_trip}));
         if (auto const why = slowness_.look(
                 {now, frames_sent, frames_dropped, state->acknowledged, state->busy, state->waits_for_reader},
                 mount() == "default"))
             log::warning(path(), ' ', mount(), ": ", address(), " (", agent(), ") ", *why);
+    }
     if (!state || !state->data_waits || state->acknowledged >= acknowledged_ + least_progress) {
         acknowledged_ = state ? state->acknowledged : 0;
         waited_for_reader_ = state ? state->waits_for_reader : std::chrono::microseconds{};
@@ -166,6 +184,28 @@ void receiver::check_progress(GstRTSPClient* client, steady::duration limit)
                             : "nothing gets through to it, its machine or the network to it is gone; ",
                      frames_dropped.load(), " pictures were dropped for it");
         gst_rtsp_client_close(client);
+    }
+}
+
+void receiver::report_often(bool often)
+{
+    std::unique_lock lock{mutex_};
+    if (often == reports_often_ || !reporter_)
+        return;
+    reports_often_ = often;
+    auto const reporter = retain_object(reporter_.get());
+    lock.unlock();
+    auto const ns = [](std::chrono::nanoseconds time) { return static_cast<guint64>(time.count()); };
+    for (guint stream = 0;; ++stream) {
+        GObject* session = nullptr;
+        g_signal_emit_by_name(reporter.get(), "get-internal-session", stream, &session);
+        if (!session)
+            return;
+        auto const held = adopt<object_ptr<GObject>>(session);
+        g_object_set(session, "rtcp-min-interval", ns(often ? report_interval_after_change : report_interval), nullptr);
+        // Else the interval begins to count with the next report.
+        gboolean will = FALSE;
+        g_signal_emit_by_name(session, "send-rtcp-full", ns(first_report_within), &will);
     }
 }
 

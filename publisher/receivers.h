@@ -2,6 +2,7 @@
 #pragma once
 
 #include "publisher/gst_ptr.h"
+#include "publisher/network_change.h"
 #include "publisher/slow_receiver.h"
 #include "publisher/viewer_limits.h"
 
@@ -33,6 +34,8 @@ class receiver : public std::enable_shared_from_this<receiver>
     void identify(GstRTSPContext const& request);
     void identify(std::string address, std::string const& agent);
     void set_transport(std::string transport);
+    // What sends it its sender reports.
+    void set_reporter(GstElement* rtpbin);
 
     std::string address() const;
     std::string agent() const;
@@ -41,8 +44,9 @@ class receiver : public std::enable_shared_from_this<receiver>
     // Ends the connection, on its own thread: gst-rtsp-server bears no other. The earliest of several calls counts.
     void end(std::chrono::milliseconds from_now);
 
-    // Ends it, likewise, if next to nothing of what waits for it has been acknowledged for so long.
-    void end_if_dead(steady::duration limit);
+    // To be called about once a second; does its work on that thread too. Tells of a slow one, keeps sound and picture
+    // together where the network changed, and ends who acknowledged next to nothing of what waits for it for so long.
+    void look_after(steady::duration limit);
 
     std::atomic<bool> playing{false};
     std::atomic<std::uint64_t> frames_sent{0};
@@ -57,6 +61,7 @@ class receiver : public std::enable_shared_from_this<receiver>
 
     void on_its_thread(std::chrono::milliseconds from_now, std::function<void(GstRTSPClient*)> f) const;
     void check_progress(GstRTSPClient* client, steady::duration limit);
+    void report_often(bool often);
 
     mutable std::mutex mutex_;
     std::string address_;
@@ -65,12 +70,15 @@ class receiver : public std::enable_shared_from_this<receiver>
     std::shared_ptr<GWeakRef> client_;
     std::shared_ptr<GMainContext> context_; // of the connection's thread
     object_ptr<GSocket> socket_;
+    element_ptr reporter_;
 
     // At the last progress; the connection's thread only.
     std::uint64_t acknowledged_ = 0; // bytes
     std::chrono::microseconds waited_for_reader_{0};
     steady::time_point last_progress_ = steady::now();
     slow_receiver slowness_;
+    network_change network_;
+    bool reports_often_ = false;
 };
 
 using receiver_ptr = std::shared_ptr<receiver>;

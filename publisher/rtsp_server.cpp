@@ -214,7 +214,7 @@ void rtsp_server::watch_connections()
     doors_->look_around(steady::now());
     auto const everybody = all_->all();
     for (auto const& who : everybody)
-        who->end_if_dead(dead_after_);
+        who->look_after(dead_after_);
     // What the last one needed goes back to the system.
     if (std::exchange(watched_, !everybody.empty()) && everybody.empty())
         ::malloc_trim(0);

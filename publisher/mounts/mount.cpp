@@ -49,8 +49,10 @@ gboolean setup_sdp(GstRTSPMedia* self, GstSDPMessage* description, GstSDPInfo* i
     return TRUE;
 }
 
-gboolean setup_rtpbin(GstRTSPMedia*, GstElement* rtpbin)
+gboolean setup_rtpbin(GstRTSPMedia* self, GstElement* rtpbin)
 {
+    if (auto* const who = viewer_of(self))
+        who->who().set_reporter(rtpbin);
     // Sender reports carry the time of capture: sound and picture spend different times on the way to the wire.
     g_object_set(rtpbin, "rtcp-sync-send-time", FALSE, nullptr);
     // And the common clock itself. The wall clock would be read a moment apart from it, which a busy machine makes
