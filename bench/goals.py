@@ -4,11 +4,11 @@ import re
 
 TOP_DOWN, BOTTOM_UP, BOTH = "top-down", "bottom-up", "."
 COLD, HOT, PAIR = "cold", "hot", "pair"
-PEER = "peer"
+PEER, SAME_WORK = "peer", "same work"
 
 GOALS = [
     # Nobody who does the same work is faster, whatever the group.
-    (r".", BOTH, r".", "same work", 1.0),
+    (r".", BOTH, r".", SAME_WORK, 1.0),
     (r"^(bgrx::bgrx|y::y)$", TOP_DOWN, r"cold|hot", PEER, 1.0),
     (r"^bgra::bgra$", TOP_DOWN, "1080/cold", PEER, 0.88),
     (r"^bgra::bgra$", TOP_DOWN, "2160/cold", PEER, 1.0),
@@ -57,11 +57,15 @@ TOLERANCE = 0.03
 
 
 def judged(line):
-    """Every goal of one line of the table: (against, goal, reached)."""
+    """The hardest goal against each limit and peer of one line of the table: (against, goal, reached)."""
+    hardest = {}
     for name, direction, mode, against, goal in GOALS:
-        reached = line.get(against)
-        if reached and all(re.search(p, line[k]) for p, k in ((name, "name"), (direction, "direction"), (mode, "mode"))):
-            yield against, goal, reached
+        if against not in line or not all(re.search(p, line[k]) for p, k in ((name, "name"), (direction, "direction"), (mode, "mode"))):
+            continue
+        who, reached = line[against]
+        if who not in hardest or goal > hardest[who][0]:
+            hardest[who] = (goal, reached)
+    return [(who, *goal) for who, goal in hardest.items()]
 
 
 def met(goal, reached):

@@ -36,6 +36,6 @@ struct served
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
 {
     static served* const server = new served;
-    quillo::fuzz::say(server->http->port(), data, size);
+    quillo::fuzz::say(server->http->port(), data, size, 100);
     return 0;
 }
