@@ -19,7 +19,7 @@ namespace quillo::publisher {
 namespace {
 
 constexpr int client_threads = 16; // one that waits for an encoder holds up those on its thread
-constexpr int backlog = 16;
+constexpr int backlog = 128;       // more who come at once wait for a second
 constexpr std::chrono::milliseconds goodbye_time{100};
 constexpr std::chrono::milliseconds after_closing{500};
 

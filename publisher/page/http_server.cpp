@@ -98,6 +98,8 @@ http_server::http_server(GMainContext* context, http_settings settings, handlers
         return TRUE;
     };
     g_signal_connect(service_.get(), "incoming", G_CALLBACK(on_incoming), this);
+    // Who comes while so many wait to be taken is kept waiting for a second by the system.
+    g_socket_listener_set_backlog(G_SOCKET_LISTENER(service_.get()), backlog);
     // Accepting begins when all addresses are there: adding one breaks off what is being accepted.
     g_socket_service_stop(service_.get());
     listen();

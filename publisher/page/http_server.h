@@ -37,6 +37,7 @@ class http_server
 {
   public:
     static constexpr int ports_to_try = 50;
+    static constexpr int backlog = 128;
     static constexpr std::size_t max_body = 64 * 1024; // read and thrown away
 
     struct handlers

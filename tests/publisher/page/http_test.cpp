@@ -220,6 +220,22 @@ TEST(http, has_room_for_so_many_connections)
     EXPECT_EQ(get(server.port(), "/here").status, 200);
 }
 
+TEST(http, who_comes_in_a_crowd_does_not_wait)
+{
+    served server;
+    std::list<http_client> crowd;
+    std::chrono::steady_clock::duration took{};
+    server.loop.call([&] {
+        // Nobody is taken meanwhile.
+        auto const began = std::chrono::steady_clock::now();
+        for (int k = 0; k < 60; ++k)
+            crowd.emplace_back(server.port());
+        took = std::chrono::steady_clock::now() - began;
+    });
+    EXPECT_LT(took, 900ms);
+    EXPECT_TRUE(soon([&] { return server.connections() == 60; }));
+}
+
 TEST(http, the_next_free_port_is_taken)
 {
     served first;
