@@ -3,6 +3,8 @@
 #include "publisher/rtsp_server.h"
 #include "tests/fuzz/stranger.h"
 
+#include <thread>
+
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
@@ -17,7 +19,9 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
         settings.doors.connections = 10000;
         return new rtsp_server{settings, std::make_shared<receivers>()};
     }();
+    // Those who come faster than they are taken wait for a second.
+    std::this_thread::sleep_for(std::chrono::milliseconds{1});
     // Connections are kept for a second after their end.
-    quillo::fuzz::say(server->port(), data, size, 500);
+    quillo::fuzz::say(server->port(), data, size, 2000);
     return 0;
 }
