@@ -3,6 +3,7 @@
 #include "publisher/listener.h"
 #include "publisher/log.h"
 #include "publisher/source.h"
+#include "tests/support/send_descriptor.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -85,26 +86,6 @@ int kind_of_memory(unsigned kind)
     return kinds[kind % 4];
 }
 
-void send(int socket, std::uint8_t const* data, std::size_t size, int descriptor)
-{
-    iovec bytes{const_cast<std::uint8_t*>(data), size};
-    msghdr head{};
-    head.msg_iov = &bytes;
-    head.msg_iovlen = 1;
-    alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))]{};
-    if (descriptor >= 0) {
-        head.msg_control = control;
-        head.msg_controllen = sizeof control;
-        cmsghdr* const part = CMSG_FIRSTHDR(&head);
-        part->cmsg_level = SOL_SOCKET;
-        part->cmsg_type = SCM_RIGHTS;
-        part->cmsg_len = CMSG_LEN(sizeof descriptor);
-        std::memcpy(CMSG_DATA(part), &descriptor, sizeof descriptor);
-    }
-    if (size > 0)
-        ::sendmsg(socket, &head, MSG_DONTWAIT | MSG_NOSIGNAL);
-}
-
 } // namespace
 
 // The first byte says which memory comes along, the second where in the rest.
@@ -124,8 +105,11 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     one_source directory;
     channel taking{open::descriptor{ends[0]}, directory};
     std::size_t const split = data[1] * (size - 2) / 256;
-    send(theirs.get(), data + 2, split, -1);
-    send(theirs.get(), data + 2 + split, size - 2 - split, kind_of_memory(data[0]));
+    constexpr int flags = MSG_DONTWAIT | MSG_NOSIGNAL;
+    if (split > 0)
+        testing::send_with_descriptor(theirs.get(), data + 2, split, -1, flags);
+    if (split < size - 2)
+        testing::send_with_descriptor(theirs.get(), data + 2 + split, size - 2 - split, kind_of_memory(data[0]), flags);
     try {
         for (pollfd waiting{taking.fd(), POLLIN, 0}; ::poll(&waiting, 1, 0) > 0 && taking.receive();)
             ;

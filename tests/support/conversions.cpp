@@ -294,20 +294,18 @@ std::string_view conversion::target() const
     return separator == name.npos ? std::string_view{} : name.substr(separator + 2);
 }
 
+std::vector<conversion> gathered(std::initializer_list<void (*)(std::vector<conversion>&)> families)
+{
+    rows table;
+    for (auto const& add : families)
+        add(table);
+    return table;
+}
+
 std::vector<conversion> const& all()
 {
-    static rows const table = [] {
-        rows t;
-        add_copies(t);
-        add_ycbcr444_to_uyvy(t);
-        add_rgb_to_uyvy(t);
-        add_rgb_to_ycbcr444(t);
-        add_uyvy_to_rgb(t);
-        add_repacking(t);
-        add_deep_and_special(t);
-        add_plugin_converters(t);
-        return t;
-    }();
+    static rows const table = gathered({add_copies, add_ycbcr444_to_uyvy, add_rgb_to_uyvy, add_rgb_to_ycbcr444,
+                                        add_uyvy_to_rgb, add_repacking, add_deep_and_special, add_plugin_converters});
     return table;
 }
 

@@ -5,6 +5,7 @@
 #include "tests/support/plane_shape.h"
 
 #include <functional>
+#include <initializer_list>
 #include <string_view>
 #include <vector>
 
@@ -30,6 +31,9 @@ struct conversion
     std::string_view source() const;
     std::string_view target() const;
 };
+
+// A table of what each of these adds to it.
+std::vector<conversion> gathered(std::initializer_list<void (*)(std::vector<conversion>&)> families);
 
 std::vector<conversion> const& all();
 

@@ -298,16 +298,8 @@ void add_repacking(rows& t)
 
 std::vector<conversion> const& all_kernels()
 {
-    static rows const table = [] {
-        rows t;
-        add_copies(t);
-        add_ycbcr444_to_uyvy(t);
-        add_rgb_to_uyvy(t);
-        add_rgb_to_ycbcr444(t);
-        add_uyvy_to_rgb(t);
-        add_repacking(t);
-        return t;
-    }();
+    static rows const table = gathered(
+        {add_copies, add_ycbcr444_to_uyvy, add_rgb_to_uyvy, add_rgb_to_ycbcr444, add_uyvy_to_rgb, add_repacking});
     return table;
 }
 

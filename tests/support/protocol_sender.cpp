@@ -1,5 +1,7 @@
 #include "tests/support/protocol_sender.h"
 
+#include "tests/support/send_descriptor.h"
+
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/mman.h>
@@ -66,21 +68,7 @@ protocol_sender::protocol_sender(std::string const& path) : socket_(::socket(AF_
 bool protocol_sender::send_bytes(std::span<std::byte const> bytes, int descriptor)
 {
     while (!bytes.empty()) {
-        iovec data{const_cast<std::byte*>(bytes.data()), bytes.size()};
-        msghdr head{};
-        head.msg_iov = &data;
-        head.msg_iovlen = 1;
-        alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))] = {};
-        if (descriptor >= 0) {
-            head.msg_control = control;
-            head.msg_controllen = sizeof control;
-            cmsghdr* const part = CMSG_FIRSTHDR(&head);
-            part->cmsg_level = SOL_SOCKET;
-            part->cmsg_type = SCM_RIGHTS;
-            part->cmsg_len = CMSG_LEN(sizeof(int));
-            std::memcpy(CMSG_DATA(part), &descriptor, sizeof descriptor);
-        }
-        ssize_t const count = ::sendmsg(socket_.get(), &head, MSG_NOSIGNAL);
+        auto const count = send_with_descriptor(socket_.get(), bytes.data(), bytes.size(), descriptor, MSG_NOSIGNAL);
         if (count <= 0)
             return false;
         descriptor = -1;

@@ -8,6 +8,13 @@ using record = fake_publisher::record;
 
 namespace {
 
+void send(sender_ptr const& sender, test_frame const& frame)
+{
+    Quillolib_send_send_video_async(sender.get(), &frame.record);
+}
+
+void flush(sender_ptr const& sender) { Quillolib_send_send_video(sender.get(), nullptr); }
+
 class pictures : public sender_test
 {
   protected:
@@ -21,6 +28,17 @@ class pictures : public sender_test
     {
         return publisher.wait_until([](record const& seen) { return !seen.hellos.empty(); });
     }
+    // From now on the publisher keeps what it gets, and it has got one picture in each slot.
+    bool take_every_slot(sender_ptr const& sender, test_frame const& frame)
+    {
+        publisher.behave([](auto& how) { how.give_back = false; });
+        for (std::size_t count = 1; count <= 4; ++count) {
+            send(sender, frame);
+            if (!arrived(count))
+                return false;
+        }
+        return true;
+    }
     // The counts, once they speak of so many sends.
     protocol::losses_body counts_after(std::uint64_t sends)
     {
@@ -30,13 +48,6 @@ class pictures : public sender_test
     }
     void TearDown() override { EXPECT_EQ(publisher.seen().violations, std::vector<std::string>{}); }
 };
-
-void send(sender_ptr const& sender, test_frame const& frame)
-{
-    Quillolib_send_send_video_async(sender.get(), &frame.record);
-}
-
-void flush(sender_ptr const& sender) { Quillolib_send_send_video(sender.get(), nullptr); }
 
 } // namespace
 
@@ -212,13 +223,9 @@ TEST_F(pictures, OfAHostThatGoesOnAreNoRepeats)
 
 TEST_F(pictures, AreLostButNeverWaitedForWithoutASlot)
 {
-    publisher.behave([](auto& how) { how.give_back = false; });
     auto const sender = make_sender();
     test_frame const frame{64, 36, SenderFourCC_UYVY};
-    for (std::size_t count = 1; count <= 4; ++count) {
-        send(sender, frame);
-        ASSERT_TRUE(arrived(count));
-    }
+    ASSERT_TRUE(take_every_slot(sender, frame));
     constexpr std::uint64_t more = 100;
     for (std::uint64_t count = 0; count < more; ++count) {
         send(sender, frame);
@@ -232,13 +239,9 @@ TEST_F(pictures, AreLostButNeverWaitedForWithoutASlot)
 
 TEST_F(pictures, GoAsSoonAsASlotIsGivenBack)
 {
-    publisher.behave([](auto& how) { how.give_back = false; });
     auto const sender = make_sender();
     test_frame const frame{64, 36, SenderFourCC_UYVY};
-    for (std::size_t count = 1; count <= 4; ++count) {
-        send(sender, frame);
-        ASSERT_TRUE(arrived(count));
-    }
+    ASSERT_TRUE(take_every_slot(sender, frame));
     test_frame const fifth{64, 36, SenderFourCC_UYVY, 0, 5};
     send(sender, fifth);
     auto const pool = publisher.seen().pools.back().pool_id;
@@ -254,13 +257,9 @@ TEST_F(pictures, GoAsSoonAsASlotIsGivenBack)
 
 TEST_F(pictures, GetABiggerPoolWhenTheyNeedOne)
 {
-    publisher.behave([](auto& how) { how.give_back = false; });
     auto const sender = make_sender();
     test_frame const small{8, 8, SenderFourCC_BGRX};
-    for (std::size_t count = 1; count <= 4; ++count) {
-        send(sender, small);
-        ASSERT_TRUE(arrived(count));
-    }
+    ASSERT_TRUE(take_every_slot(sender, small));
     test_frame const big{320, 240, SenderFourCC_UYVA};
     send(sender, big);
     ASSERT_TRUE(arrived(5));

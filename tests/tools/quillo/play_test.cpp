@@ -25,6 +25,20 @@ using nlohmann::json;
 using quillo::testing::temporary_folder;
 using ::testing::HasSubstr;
 
+// In a child process. No publisher is ever started.
+[[noreturn]] void become_quillo(std::vector<std::string> arguments, std::string const& runtime_folder)
+{
+    setenv("QUILLO_RUNTIME_DIR", runtime_folder.c_str(), 1);
+    setenv("QUILLO_PUBLISHER", "", 1);
+    arguments.insert(arguments.begin(), QUILLO_PROGRAM);
+    std::vector<char*> words;
+    for (std::string& argument : arguments)
+        words.push_back(argument.data());
+    words.push_back(nullptr);
+    execv(words[0], words.data());
+    _exit(127);
+}
+
 class PlayCommand : public ::testing::Test
 {
   protected:
@@ -39,21 +53,13 @@ class PlayCommand : public ::testing::Test
     pid_t start(std::vector<std::string> arguments, std::string const& input = "") const
     {
         std::ofstream(file("in")) << input;
-        arguments.insert(arguments.begin(), QUILLO_PROGRAM);
         pid_t const child = fork();
         if (child != 0)
             return child;
-        setenv("QUILLO_RUNTIME_DIR", folder.path().c_str(), 1);
-        setenv("QUILLO_PUBLISHER", "", 1); // never start one
         dup2(open(file("in").c_str(), O_RDONLY), STDIN_FILENO);
         dup2(open(file("out").c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0600), STDOUT_FILENO);
         dup2(open(file("err").c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0600), STDERR_FILENO);
-        std::vector<char*> words;
-        for (std::string& argument : arguments)
-            words.push_back(argument.data());
-        words.push_back(nullptr);
-        execv(words[0], words.data());
-        _exit(127);
+        become_quillo(std::move(arguments), folder.path());
     }
 
     result finish(pid_t child) const
@@ -181,18 +187,10 @@ class terminal
   public:
     explicit terminal(std::vector<std::string> arguments, std::string const& runtime_folder)
     {
-        arguments.insert(arguments.begin(), QUILLO_PROGRAM);
         child_ = forkpty(&screen_, nullptr, nullptr, nullptr);
         if (child_ != 0)
             return;
-        setenv("QUILLO_RUNTIME_DIR", runtime_folder.c_str(), 1);
-        setenv("QUILLO_PUBLISHER", "", 1);
-        std::vector<char*> words;
-        for (std::string& argument : arguments)
-            words.push_back(argument.data());
-        words.push_back(nullptr);
-        execv(words[0], words.data());
-        _exit(127);
+        become_quillo(std::move(arguments), runtime_folder);
     }
     terminal(terminal const&) = delete;
     terminal& operator=(terminal const&) = delete;
