@@ -17,6 +17,12 @@
 
 namespace quillo::fuzz {
 
+[[noreturn]] inline void fail(char const* what)
+{
+    std::perror(what);
+    std::abort();
+}
+
 // From another address each time: one address has not so many ports.
 inline open::descriptor connection(int port)
 {
@@ -27,11 +33,11 @@ inline open::descriptor connection(int port)
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(0x7F000001 + last);
     if (::bind(made.get(), reinterpret_cast<sockaddr const*>(&address), sizeof address) != 0)
-        std::abort();
+        fail("cannot bind");
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     address.sin_port = htons(static_cast<std::uint16_t>(port));
     if (::connect(made.get(), reinterpret_cast<sockaddr const*>(&address), sizeof address) != 0)
-        std::abort();
+        fail("cannot connect");
     return made;
 }
 

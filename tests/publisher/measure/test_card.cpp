@@ -11,8 +11,7 @@ constexpr unsigned char high = 220;
 
 } // namespace
 
-test_card::test_card(int width, int height, int bytes_a_pixel)
-    : width_(width), height_(height), bytes_a_pixel_(bytes_a_pixel), plain_(4)
+test_card::test_card(int width, int height, int bytes_a_pixel) : width_(width), bytes_a_pixel_(bytes_a_pixel), plain_(4)
 {
     std::uint32_t noise = 1;
     for (int n = 0; n < 4; ++n)

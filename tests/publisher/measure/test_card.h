@@ -36,7 +36,6 @@ class test_card
 
   private:
     int const width_;
-    int const height_;
     int const bytes_a_pixel_;
     std::vector<std::vector<unsigned char>> plain_;
 };
