@@ -119,8 +119,8 @@ void stream_reader::open()
 
     pipeline.reset(GST_ELEMENT(gst_object_ref_sink(gst_pipeline_new(nullptr))));
     bus.reset(gst_element_get_bus(pipeline.get()));
-    gst_bin_add_many(GST_BIN(pipeline.get()), decoder, GST_ELEMENT(gst_object_ref(convert.get())),
-                     GST_ELEMENT(gst_object_ref(sink.get())), nullptr);
+    // It takes references of its own to what we hold.
+    gst_bin_add_many(GST_BIN(pipeline.get()), decoder, convert.get(), sink.get(), nullptr);
     gst_element_set_state(pipeline.get(), GST_STATE_PLAYING);
     auto const give_up = std::chrono::steady_clock::now() + open_limit;
     while (!first && !absent) {
