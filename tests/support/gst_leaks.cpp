@@ -3,6 +3,7 @@
 // libsoup 3.2 forgets, and later ones do not: the path of a request whose transfer encoding it does not know.
 extern "C" {
 
+char const* __lsan_default_options();
 char const* __lsan_default_suppressions();
 char const* __asan_default_options();
 
@@ -11,6 +12,9 @@ char const* __lsan_default_suppressions()
     return "leak:g_intern_string\nleak:g_intern_static_string\nleak:g_quark_from\nleak:_dl_init\n"
            "leak:gst_rtsp_status_as_text\nleak:soup_headers_parse_request\n";
 }
+
+// What was suppressed would stand among what a program has to say.
+char const* __lsan_default_options() { return "print_suppressions=0"; }
 
 // GLib is built without frame pointers. To look for every caller of every allocation takes longer than all else; ten
 // of them show the names above.

@@ -279,13 +279,13 @@ TEST_F(PlayCommand, ObeysTheKeysOfATerminal)
 TEST_F(PlayCommand, EndsInOrderWhenInterrupted)
 {
     pid_t const child = start({"play", "--size", "64x36", "--rate", "50", "--json", "--module", QUILLO_MODULE});
-    // It has begun when the module's library is in its memory.
+    // It has begun when the module is in its memory.
     std::string const maps = "/proc/" + std::to_string(child) + "/maps";
     bool loaded = false;
     for (auto const until = std::chrono::steady_clock::now() + std::chrono::seconds(20);
          !loaded && std::chrono::steady_clock::now() < until;) {
         std::ifstream in(maps);
-        loaded = std::string(std::istreambuf_iterator<char>(in), {}).find("libquillo.so") != std::string::npos;
+        loaded = std::string(std::istreambuf_iterator<char>(in), {}).find(QUILLO_MODULE) != std::string::npos;
     }
     ASSERT_TRUE(loaded);
     kill(child, SIGINT);
