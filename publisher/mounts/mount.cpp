@@ -19,6 +19,7 @@ constexpr std::chrono::seconds goodbye_limit{1};
 struct media
 {
     GstRTSPMedia parent;
+    bool over; // nothing of it is left but the object; under its state lock
 };
 
 struct mediaClass
@@ -61,9 +62,20 @@ gboolean setup_rtpbin(GstRTSPMedia* self, GstElement* rtpbin)
     return TRUE;
 }
 
-// Everything that was pushed has reached the network, the goodbyes behind it.
+void unprepared(GstRTSPMedia* self)
+{
+    reinterpret_cast<media*>(self)->over = true;
+    if (auto* const who = viewer_of(self))
+        who->leave();
+}
+
 gboolean handle_message(GstRTSPMedia* self, GstMessage* message)
 {
+    // Its thread may have a last error of the pipeline in its hands. The parent class would take it for one of a media
+    // that is still to be ended, and end it once more.
+    if (reinterpret_cast<media*>(self)->over)
+        return TRUE;
+    // Everything that was pushed has reached the network, the goodbyes behind it.
     if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_EOS)
         if (auto* const who = viewer_of(self))
             who->who().end(on_its_way);
@@ -73,6 +85,7 @@ gboolean handle_message(GstRTSPMedia* self, GstMessage* message)
 void quillo_media_class_init(mediaClass* of)
 {
     of->parent.handle_message = handle_message;
+    of->parent.unprepared = unprepared;
     of->parent.setup_sdp = setup_sdp;
     of->parent.setup_rtpbin = setup_rtpbin;
 }
@@ -113,8 +126,6 @@ void configure(GstRTSPMediaFactory* self, GstRTSPMedia* of)
         if (request->client)
             g_signal_connect_object(request->client, "closed", G_CALLBACK(let_go), of, GConnectFlags{});
     }
-    g_signal_connect(of, "unprepared", G_CALLBACK(+[](GstRTSPMedia* gone, gpointer) { viewer_of(gone)->leave(); }),
-                     nullptr);
     who->start();
 }
 
