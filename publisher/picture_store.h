@@ -18,8 +18,8 @@ class picture_store
     buffer_ptr take(sent_picture const& sent, picture_format const& shape);
     buffer_ptr black();
 
-    // A picture of the set format, dark and grey: what is shown in place of a sender that has gone. Null when there is no
-    // memory.
+    // A picture of the set format, dark and grey: what is shown in place of a sender that has gone. Null when there is
+    // no memory.
     buffer_ptr slate(GstBuffer* last);
 
     // The alpha of a picture, straight, of the set format's size, as alpha_info has it. Null where the sender's format

@@ -63,7 +63,7 @@ class publisher
     std::optional<held_source> open_source(introduction const& who, std::function<void()> wake);
     // Its sender has gone. How long it shall stay, with a slate, for a sender that comes back; zero: it does not.
     std::chrono::seconds leave_source(held_source const& left);
-    bool waits(held_source const& left) const; // still, and nobody has come back
+    bool waits(held_source const& left) const;  // still, and nobody has come back
     void close_source(held_source const& gone); // unless somebody else holds it by now
 
     std::size_t sources() const;

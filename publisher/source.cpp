@@ -328,8 +328,8 @@ void source::set_network_name(std::string const& name)
 source::state source::current() const
 {
     std::lock_guard const lock{mutex_};
-    state result{network_name_, pictures_,  sound_,          away_,   announced_.has_value(), 0, 0, 0,
-                 pictures_in_,  blocks_in_, time_.anchors(), losses_, offsets_};
+    state result{network_name_, pictures_,       sound_,  away_,   announced_.has_value(), 0, 0, 0, pictures_in_,
+                 blocks_in_,    time_.anchors(), losses_, offsets_};
     if (announced_) {
         result.fourcc = announced_->fourcc;
         result.aspect = announced_->aspect;

@@ -36,16 +36,14 @@ typedef struct SenderSettings
 } SenderSettings;
 
 /* Four characters, the first in the lowest byte. */
-enum
-{
+enum {
     SenderFourCC_UYVY = 0x59565955, /* 4:2:2, 2 bytes a pixel: U, Y0, V, Y1 for each pair */
     SenderFourCC_UYVA = 0x41565955, /* the UYVY picture, then height lines of width alpha bytes */
     SenderFourCC_BGRA = 0x41524742, /* 4 bytes a pixel, straight alpha */
     SenderFourCC_BGRX = 0x58524742  /* 4 bytes a pixel, the fourth without meaning */
 };
 
-typedef enum FrameFormat
-{
+typedef enum FrameFormat {
     FrameFormat_interleaved = 0, /* both fields of an interlaced frame, woven, upper field first */
     FrameFormat_progressive = 1
 } FrameFormat;
@@ -87,8 +85,8 @@ QUILLOLIB_SEND_API void Quillolib_send_send_video(SenderHandle sender, SenderVid
 /* Returns at once. frame->data is read until the next video call on the same sender. */
 QUILLOLIB_SEND_API void Quillolib_send_send_video_async(SenderHandle sender, SenderVideoFrame const* frame);
 
-/* Sends a block of samples, which are no longer needed on return. With clockAudio the call returns when the block's time
- * is over and the next one's begins, so that a loop of sends runs at the sample rate. */
+/* Sends a block of samples, which are no longer needed on return. With clockAudio the call returns when the block's
+ * time is over and the next one's begins, so that a loop of sends runs at the sample rate. */
 QUILLOLIB_SEND_API void Quillolib_send_send_audio(SenderHandle sender, SenderAudioFrame const* frame);
 
 #ifdef __cplusplus

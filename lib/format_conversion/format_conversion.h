@@ -1,6 +1,6 @@
 // Every whole-picture conversion: one namespace a source layout, one function a target layout, components named in
-// memory order. Nothing here allocates or fails, and but for black::alpha's first value nothing is kept; buffers are the
-// caller's to size, and source and destination must not overlap. Any number of threads may convert at once.
+// memory order. Nothing here allocates or fails, and but for black::alpha's first value nothing is kept; buffers are
+// the caller's to size, and source and destination must not overlap. Any number of threads may convert at once.
 #pragma once
 
 #include "lib/format_conversion/L.h"

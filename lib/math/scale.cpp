@@ -1,10 +1,8 @@
 #include "lib/math/scale.h"
 
-namespace Processing::Quillo::Plugins::Lib::math
-{
+namespace Processing::Quillo::Plugins::Lib::math {
 
-namespace
-{
+namespace {
 
 // Unsigned multiplication and addition wrap, whatever the sign that the caller means.
 long long wrapping_product_sum(long long a, long long b, long long c)

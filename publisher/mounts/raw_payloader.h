@@ -1,5 +1,5 @@
-// Puts uncompressed pictures into packets (RFC 4175) that share the picture's memory. GStreamer's payloader copies every
-// picture for every viewer, which costs more than sending it.
+// Puts uncompressed pictures into packets (RFC 4175) that share the picture's memory. GStreamer's payloader copies
+// every picture for every viewer, which costs more than sending it.
 #pragma once
 
 namespace quillo::publisher {

@@ -26,8 +26,8 @@ constexpr char const* description =
     "! rtpopuspay pt=111 mtu=1200 "
     "! application/x-rtp,media=audio,encoding-name=OPUS,payload=111,clock-rate=48000,encoding-params=(string)2 ! rtc. ";
 
-// What browsers call the H.264 that every encoder here makes. The level does not matter to them, but the payloader takes
-// no pictures above it: the highest.
+// What browsers call the H.264 that every encoder here makes. The level does not matter to them, but the payloader
+// takes no pictures above it: the highest.
 constexpr char const* video_offer = "application/x-rtp,media=video,encoding-name=H264,payload=96,clock-rate=90000,"
                                     "packetization-mode=(string)1,profile-level-id=(string)42e034,"
                                     "level-asymmetry-allowed=(string)1";

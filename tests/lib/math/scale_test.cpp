@@ -8,8 +8,7 @@
 
 using Processing::Quillo::Plugins::Lib::math::scale;
 
-namespace
-{
+namespace {
 
 using i64 = long long;
 using u64 = unsigned long long;

@@ -54,22 +54,21 @@ nlohmann::json const status = {{"version", "1.2.3"},
 TEST(metrics, say_what_the_status_says)
 {
     std::string const text = metrics_text(status);
-    for (char const* const line : {"quillo_build_info{version=\"1.2.3\"} 1\n", "quillo_sources 2\n",
-                                   "quillo_connections_refused_total{cause=\"strangers\"} 3\n",
-                                   "quillo_connections_refused_total{cause=\"wrong_password\"} 0\n",
-                                   "quillo_source_away{source=\"/first\"} 1\n",
-                                   "quillo_source_away{source=\"/second\"} 0\n",
-                                   "quillo_video_frames_total{source=\"/first\"} 12345678901\n",
-                                   "quillo_video_width_pixels{source=\"/first\"} 1280\n",
-                                   "quillo_video_frames_per_second{source=\"/first\"} 29.97002997\n",
-                                   "quillo_receivers{source=\"/first\",mount=\"raw\"} 2\n",
-                                   "quillo_receivers{source=\"/first\",mount=\"default\"} 1\n",
-                                   "quillo_video_lost_frames_total{source=\"/first\",cause=\"publisher_late\"} 1\n",
-                                   "quillo_video_lost_frames_total{source=\"/first\",cause=\"encoder_late\"} 9\n",
-                                   "quillo_video_lost_frames_total{source=\"/first\",cause=\"receiver_late\"} 10\n",
-                                   "quillo_host_late_total{source=\"/first\",stream=\"video\"} 6\n",
-                                   "quillo_hand_over_seconds{source=\"/first\"} 0.0015\n",
-                                   "quillo_av_offset_seconds{source=\"/first\"} -0.02\n"})
+    for (char const* const line :
+         {"quillo_build_info{version=\"1.2.3\"} 1\n", "quillo_sources 2\n",
+          "quillo_connections_refused_total{cause=\"strangers\"} 3\n",
+          "quillo_connections_refused_total{cause=\"wrong_password\"} 0\n", "quillo_source_away{source=\"/first\"} 1\n",
+          "quillo_source_away{source=\"/second\"} 0\n", "quillo_video_frames_total{source=\"/first\"} 12345678901\n",
+          "quillo_video_width_pixels{source=\"/first\"} 1280\n",
+          "quillo_video_frames_per_second{source=\"/first\"} 29.97002997\n",
+          "quillo_receivers{source=\"/first\",mount=\"raw\"} 2\n",
+          "quillo_receivers{source=\"/first\",mount=\"default\"} 1\n",
+          "quillo_video_lost_frames_total{source=\"/first\",cause=\"publisher_late\"} 1\n",
+          "quillo_video_lost_frames_total{source=\"/first\",cause=\"encoder_late\"} 9\n",
+          "quillo_video_lost_frames_total{source=\"/first\",cause=\"receiver_late\"} 10\n",
+          "quillo_host_late_total{source=\"/first\",stream=\"video\"} 6\n",
+          "quillo_hand_over_seconds{source=\"/first\"} 0.0015\n",
+          "quillo_av_offset_seconds{source=\"/first\"} -0.02\n"})
         EXPECT_THAT(text, HasSubstr(line));
     EXPECT_THAT(text, Not(HasSubstr("quillo_video_width_pixels{source=\"/second\"}")));
     EXPECT_THAT(text, Not(HasSubstr("quillo_hand_over_seconds{source=\"/second\"}")));

@@ -20,7 +20,8 @@ std::vector<float> sines(std::vector<double> const& peaks_db, int samples)
     std::vector<float> planar;
     for (double const db : peaks_db)
         for (int s = 0; s < samples; ++s)
-            planar.push_back(static_cast<float>(std::pow(10, db / 20) * std::sin(2 * std::numbers::pi * 1000 * s / rate)));
+            planar.push_back(
+                static_cast<float>(std::pow(10, db / 20) * std::sin(2 * std::numbers::pi * 1000 * s / rate)));
     return planar;
 }
 

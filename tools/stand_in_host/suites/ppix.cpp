@@ -13,10 +13,7 @@ constexpr auto not_valid = static_cast<prSuiteError>(suiteError_IDNotValid);
 
 host_frame* find(PPixHand handle, char const* asked_by) { return host_state::current().frames.find(handle, asked_by); }
 
-prSuiteError dispose(PPixHand handle)
-{
-    return host_state::current().frames.dispose(handle) ? done : not_valid;
-}
+prSuiteError dispose(PPixHand handle) { return host_state::current().frames.dispose(handle) ? done : not_valid; }
 
 prSuiteError pixels(PPixHand handle, PrPPixBufferAccess access, char** address)
 {

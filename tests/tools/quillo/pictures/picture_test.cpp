@@ -63,7 +63,10 @@ TEST(ConvertPicture, LinesStayApartUnlessTight)
               (bytes{2, 3, 1, 6, 8, 9, 7, 3, 5, 6, 4, 9}));
 }
 
-TEST(ConvertPicture, WrongSizeIsRefused) { EXPECT_THROW(convert(row("vuyx::uyvy"), bytes(15), {2, 2}, {}), input_error); }
+TEST(ConvertPicture, WrongSizeIsRefused)
+{
+    EXPECT_THROW(convert(row("vuyx::uyvy"), bytes(15), {2, 2}, {}), input_error);
+}
 
 // Every row, both ways of laying out memory, odd sizes included: nothing is written or read where it should not be
 // (sanitizers tell), and library and reference give the same file.
