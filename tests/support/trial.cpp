@@ -57,22 +57,23 @@ bool must_align(trial const& t, std::size_t plane)
     return t.height == 1 && (t.row->planes[plane].written ? t.row->outputs_aligned : t.row->sources_aligned);
 }
 
-// How the library is told to convert: by which variant, from how many bytes on past the caches, and whether copies and
-// fills are made by string instructions.
+// How the library is told to convert: by which variant, from how many bytes on past the caches, whether copies and
+// fills are made by string instructions, and whether lines go in the order of a source that is stored bottom-up.
 struct run_as
 {
     processors::processor variant;
     long long streaming_from;
     bool strings;
+    bool source_order;
 };
 
-// Every variant, with and without string instructions in turn, and each once more past the caches.
+// Every variant, with and without string instructions and in either order in turn, and each once more past the caches.
 std::vector<run_as> every_way(random_numbers& random)
 {
     std::vector<run_as> ways;
     for (processors::processor const variant : processors::variants())
         for (long long const from : {processors::streaming_bytes, 0ll})
-            ways.push_back({variant, from, random.flip()});
+            ways.push_back({variant, from, random.flip(), random.flip()});
     return ways;
 }
 
@@ -217,6 +218,7 @@ std::string trial_bench::run(trial const& t, random_numbers& random)
         processors::force(as.variant);
         processors::force_streaming_from(as.streaming_from);
         processors::force_fast_strings(as.strings);
+        processors::force_source_order(as.source_order);
         t.row->library(theirs);
         processors::unforce();
 
@@ -230,8 +232,8 @@ std::string trial_bench::run(trial const& t, random_numbers& random)
             problem = std::string{"opaque: expected "} + (expected_opaque ? "true" : "false");
         if (!problem.empty())
             return describe(t) + ", " + processors::name(as.variant) +
-                   (as.streaming_from == 0 ? ", past the caches" : "") + (as.strings ? ", by strings" : "") + "\n" +
-                   problem;
+                   (as.streaming_from == 0 ? ", past the caches" : "") + (as.strings ? ", by strings" : "") +
+                   (as.source_order ? ", in the source's order" : "") + "\n" + problem;
     }
     return {};
 }

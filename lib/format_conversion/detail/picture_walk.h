@@ -112,8 +112,7 @@ auto walk(int width, int height, Kernel kernel, plane<Samples>... planes)
                    how);
         } else {
             int const stride = first_stride(planes...);
-            // The processor reads ahead in rising addresses only.
-            bool const backwards = stride < 0 && (planes.any_order() && ...);
+            bool const backwards = stride < 0 && in_source_order() && (planes.any_order() && ...);
             if (!cached)
                 how.ahead = backwards ? -static_cast<std::ptrdiff_t>(stride) : stride;
             for (std::ptrdiff_t n = 0; n < height; ++n)

@@ -36,9 +36,7 @@ std::atomic<processor>& choice()
     return current;
 }
 
-// AMD's processors gain up to a third by it, Intel's lose up to a quarter: a core of theirs has few of the buffers that
-// such stores wait in.
-bool gains_by_streaming()
+bool is_by_amd()
 {
 #if defined(__x86_64__)
     unsigned highest = 0, b = 0, c = 0, d = 0;
@@ -48,15 +46,25 @@ bool gains_by_streaming()
 #endif
 }
 
+// AMD's processors gain up to a third by it, Intel's lose up to a quarter: a core of theirs has few of the buffers that
+// such stores wait in.
 long long best_streaming_from()
 {
-    static long long const best = gains_by_streaming() ? streaming_bytes : streaming_never;
+    static long long const best = is_by_amd() ? streaming_bytes : streaming_never;
     return best;
 }
 
 std::atomic<long long>& streaming_threshold()
 {
     static std::atomic<long long> current{best_streaming_from()};
+    return current;
+}
+
+// AMD's processors read ahead in rising addresses only. Intel's do so either way, and write in rising ones up to a
+// quarter faster.
+std::atomic<bool>& source_order()
+{
+    static std::atomic<bool> current{is_by_amd()};
     return current;
 }
 
@@ -110,6 +118,10 @@ long long streaming_from() { return streaming_threshold().load(std::memory_order
 
 void force_streaming_from(long long bytes) { streaming_threshold().store(bytes, std::memory_order_relaxed); }
 
+bool in_source_order() { return source_order().load(std::memory_order_relaxed); }
+
+void force_source_order(bool in_order) { source_order().store(in_order, std::memory_order_relaxed); }
+
 bool fast_strings() { return __atomic_load_n(&strings_are_fast, __ATOMIC_RELAXED); }
 
 void force_fast_strings(bool fast) { __atomic_store_n(&strings_are_fast, fast, __ATOMIC_RELAXED); }
@@ -118,6 +130,7 @@ void unforce()
 {
     force(variants().back());
     force_streaming_from(best_streaming_from());
+    force_source_order(is_by_amd());
     force_fast_strings(has_fast_strings);
 }
 

@@ -26,6 +26,11 @@ inline constexpr long long streaming_never = std::numeric_limits<long long>::max
 long long streaming_from();
 void force_streaming_from(long long bytes);
 
+// Whether lines that may be converted in any order go by rising addresses of a source that is stored bottom-up, instead
+// of by those of its targets.
+bool in_source_order();
+void force_source_order(bool);
+
 // Whether the string instructions are the fastest way to copy and to fill.
 bool fast_strings();
 void force_fast_strings(bool);

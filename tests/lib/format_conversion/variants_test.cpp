@@ -65,18 +65,22 @@ TEST(Variants, TheNarrowestIsAlwaysThereAndTheBestIsChosen)
 TEST(Variants, NothingIsForcedUnlessAskedFor)
 {
     bool const fast_strings = processors::fast_strings();
+    bool const source_order = processors::in_source_order();
     auto const streaming_from = processors::streaming_from();
     EXPECT_TRUE(streaming_from == processors::streaming_bytes || streaming_from == processors::streaming_never);
     processors::force(processors::processor::ssse3);
     processors::force_streaming_from(0);
     processors::force_fast_strings(!fast_strings);
+    processors::force_source_order(!source_order);
     EXPECT_EQ(processors::chosen(), processors::processor::ssse3);
     EXPECT_EQ(processors::streaming_from(), 0);
     EXPECT_NE(processors::fast_strings(), fast_strings);
+    EXPECT_NE(processors::in_source_order(), source_order);
     processors::unforce();
     EXPECT_EQ(processors::chosen(), processors::variants().back());
     EXPECT_EQ(processors::streaming_from(), streaming_from);
     EXPECT_EQ(processors::fast_strings(), fast_strings);
+    EXPECT_EQ(processors::in_source_order(), source_order);
 }
 
 } // namespace
