@@ -16,7 +16,6 @@ namespace {
 // Of a compact encoding.
 constexpr std::uint32_t mode_mask = 0x0F000000;
 constexpr std::uint32_t mode_frame_pointer = 0x01000000;
-constexpr std::uint32_t mode_no_frame = 0x02000000;
 constexpr std::uint32_t mode_no_frame_large = 0x03000000;
 constexpr std::uint32_t mode_dwarf = 0x04000000;
 constexpr std::uint32_t has_language_data = 0x40000000;
