@@ -89,7 +89,7 @@ def by_ffmpeg(url, mount, expected, seconds):
 
 def by_gstreamer(url, mount, expected, seconds):
     judge = Judge("GStreamer " + (mount or "/"))
-    types, times, _ = road.record_gstreamer(url, mount, seconds)
+    types, times = road.record_gstreamer(url, mount, seconds)
     video, audio = types["video"], types["audio"]
     judge.same("size", (video.get("width"), video.get("height")), (str(expected["width"]), str(expected["height"])))
     if not mount or expected["height"] > 576:  # its depayloader takes colours from the size, not from the description

@@ -225,15 +225,15 @@ def record_gstreamer(url, mount, seconds):
     video, audio = (f"{decoder} ! fakesink name={name} silent=false sync=false async=false"
                     for decoder, name in zip(DECODERS[mount], ("video", "audio")))
     result = run(["timeout", "-s", "INT", str(seconds + 2), "gst-launch-1.0", "-v", *gstreamer_line(url, video, audio)],
-                 seconds + 60)
-    text = result.stdout.decode(errors="replace")
+                 seconds + 60, env={**os.environ, "GST_DEBUG": "GST_EVENT:4", "GST_DEBUG_NO_COLOR": "1"})
+    text, log = result.stdout.decode(errors="replace"), result.stderr.decode(errors="replace")
     types, times = {}, {}
     for name in ("video", "audio"):
-        # Of every decoded pad, as gst-launch-1.0 does not tell of each one every time; what is told last counts.
-        caps = re.findall(rf"\.GstPad:(?:sink|src): caps = ({name}/x-raw.*)", text)
+        # From the log, as gst-launch-1.0 does not tell of the pads every time; what comes last counts.
+        caps = re.findall(rf"creating caps event ({name}/x-raw.*)", log)
         types[name] = dict(field for one in caps for field in re.findall(r"([a-z-]+)=\(\w+\)\"?([^,;\"\n]+)", one))
         told = re.findall(rf"GstFakeSink:{name}: last-message = (chain .*)", text)
         told = [line for before, line in zip([""] + told, told) if line != before]  # one buffer may be told twice
         times[name] = [sum(float(part) * unit for part, unit in zip(when.split(":"), (3600, 60, 1)))
                        for line in told for when in re.findall(r"pts: ([\d:.]+)", line)]
-    return types, times, result.stderr.decode(errors="replace").strip()
+    return types, times
