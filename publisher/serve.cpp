@@ -5,6 +5,7 @@
 #include "publisher/doors/certificate.h"
 #include "publisher/log.h"
 #include "publisher/machine.h"
+#include "publisher/page/early_key.h"
 #include "publisher/page/page_server.h"
 #include "sender/open/runtime_folder.h"
 
@@ -13,6 +14,7 @@
 #include <sys/resource.h>
 
 #include <ctime>
+#include <optional>
 #include <thread>
 
 namespace quillo::publisher {
@@ -151,6 +153,9 @@ void serve(serve_settings const& settings)
     let_hosts_go_first(initial.nice);
     folder_lock const lock = lock_when_free(open::runtime_folder(), settings.on_demand ? others_end : 0s);
     gst_init(nullptr, nullptr);
+    std::optional<early_key> key;
+    if (initial.page)
+        key.emplace();
 
     auto const publishing = settings_of(initial);
     publisher sources{publishing};
