@@ -7,6 +7,7 @@ within 3 s, with sound and picture at most 20 ms apart from then on, and after e
 within 5 s. Ends with 77, for "skipped", where namespaces may not be made.
 """
 
+import argparse
 import concurrent.futures
 import json
 import os
@@ -21,11 +22,23 @@ import time
 from watcher import Watcher
 from wire import Faults, Machine, NotPermitted, Wire
 
-WATCH, QUILLO = sys.argv[1:3]
 RATE = 50
 LIVE_WITHIN, FOUND_WITHIN, APART = 3.0, 5.0, 0.020
 SETTLE = 2.5  # seconds before the fault, and once more when all has to be well again
 NOT_PERMITTED = 77
+
+
+def options():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("watch", metavar="WATCH")
+    parser.add_argument("quillo", metavar="QUILLO")
+    parser.add_argument("names", metavar="NAME", nargs="*")
+    parser.add_argument("--short", action="store_true", help="few cases, seconds long")
+    return parser.parse_args()
+
+
+OPTIONS = options()
+WATCH, QUILLO = OPTIONS.watch, OPTIONS.quillo
 
 
 class Lab:
@@ -184,9 +197,11 @@ def run(name, transport, act):
 
 
 def main():
-    chosen = [argument for argument in sys.argv[3:] if not argument.startswith("-")]
-    table = SHORT if "--short" in sys.argv else cases()
-    table = {name: case for name, case in table.items() if not chosen or name in chosen}
+    table = SHORT if OPTIONS.short else cases()
+    unknown = set(OPTIONS.names) - set(table)
+    if unknown:
+        sys.exit(f"faults.py: no such case: {', '.join(sorted(unknown))}; there are {', '.join(table)}")
+    table = {name: case for name, case in table.items() if not OPTIONS.names or name in OPTIONS.names}
     results = []
     # They mostly wait; the short form has to be short.
     with concurrent.futures.ThreadPoolExecutor(2) as pool:

@@ -6,6 +6,7 @@ PushVideo must take no longer than without any of this. 1280x720 at 50 frames a 
 half-open one, whose cable is pulled.
 """
 
+import argparse
 import json
 import os
 import random
@@ -252,7 +253,10 @@ def baseline():
 
 
 def main():
-    joins = int(sys.argv[1]) if len(sys.argv) > 1 else 1000
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("joins", metavar="JOINS", nargs="?", type=int, default=1000)
+    joins = parser.parse_args().joins
+    road.quillo()  # or no network is made at all
     alone = baseline()
     lab = Lab()
     try:

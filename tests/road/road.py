@@ -14,6 +14,7 @@ import signal
 import socket
 import struct
 import subprocess
+import sys
 import tempfile
 import time
 
@@ -28,7 +29,10 @@ def build_folder():
 
 
 def quillo():
-    return os.path.join(build_folder(), "tools", "quillo", "quillo")
+    program = os.path.join(build_folder(), "tools", "quillo", "quillo")
+    if not os.access(program, os.X_OK):
+        sys.exit(f"there is no {program}: build it, or name another build folder in QUILLO_BUILD")
+    return program
 
 
 def free_port():
