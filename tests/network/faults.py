@@ -22,6 +22,10 @@ import time
 from watcher import Watcher
 from wire import Faults, Machine, NotPermitted, Wire
 
+sys.path.append(os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "road"))
+
+from road import end  # noqa: E402
+
 RATE = 50
 LIVE_WITHIN, FOUND_WITHIN, APART = 3.0, 5.0, 0.020
 SETTLE = 2.5  # seconds before the fault, and once more when all has to be well again
@@ -89,12 +93,7 @@ class Lab:
         for watcher in self.watchers:
             watcher.close()
         for process in self.processes:
-            process.send_signal(signal.SIGINT)
-            try:
-                process.wait(10)
-            except subprocess.TimeoutExpired:
-                process.kill()
-                process.wait()
+            end(process)
         # The publisher that the sender started ends with everything else of this namespace.
         pids = subprocess.run(["ip", "netns", "pids", self.here.space], capture_output=True, text=True, check=False)
         for pid in pids.stdout.split():

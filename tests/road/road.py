@@ -41,6 +41,18 @@ def free_port():
         return sock.getsockname()[1]
 
 
+def end(process):
+    """Interrupts it, stopped or not, and kills it when it does not heed that."""
+    if process.poll() is None:
+        process.send_signal(signal.SIGCONT)
+        process.send_signal(signal.SIGINT)
+        try:
+            process.wait(10)
+        except subprocess.TimeoutExpired:
+            process.kill()
+            process.wait()
+
+
 class Road:
     """A runtime folder of its own, a player, and the publisher that the sender starts. With a port of its own the
     publisher comes back at the same address, whoever else publishes on this machine."""
@@ -59,14 +71,7 @@ class Road:
 
     def __exit__(self, *exc):
         for process in reversed(self.processes):
-            if process.poll() is None:
-                process.send_signal(signal.SIGCONT)
-                process.send_signal(signal.SIGINT)
-                try:
-                    process.wait(10)
-                except subprocess.TimeoutExpired:
-                    process.kill()
-                    process.wait()
+            end(process)
         with contextlib.suppress(Exception):
             os.kill(self.status()["pid"], signal.SIGTERM)
         shutil.rmtree(self.folder, ignore_errors=True)
