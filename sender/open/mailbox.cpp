@@ -16,7 +16,7 @@ void mailbox::take_back()
 
 void mailbox::take_back(std::unique_lock<std::mutex>& guard)
 {
-    if (copy(guard))
+    if ((held_stage == stage::copying || begin_copy()) && help(guard))
         wake();
     copy_ended.wait(guard, [&] { return !held || held_stage != stage::copying; });
     if (!held)
@@ -29,7 +29,7 @@ void mailbox::take_back(std::unique_lock<std::mutex>& guard)
     held.reset();
 }
 
-bool mailbox::copy(std::unique_lock<std::mutex>& guard)
+bool mailbox::begin_copy()
 {
     if (!wants_video || !held || held_stage != stage::fresh || !pool || held->what.bytes() > pool->slot_bytes())
         return false;
@@ -37,19 +37,27 @@ bool mailbox::copy(std::unique_lock<std::mutex>& guard)
     if (!slot)
         return false;
     held_stage = stage::copying;
-    copied const made{*held, held_before_watching, *slot};
-    auto const into = pool; // it may be replaced meanwhile
+    running.emplace(copied{*held, held_before_watching, *slot}, pool);
+    return true;
+}
 
+bool mailbox::help(std::unique_lock<std::mutex>& guard)
+{
+    auto& copy = *running;
+    ++copy.workers;
     guard.unlock();
-    made.held.what.copy_to(into->slot(made.slot));
+    copy.work.work();
     guard.lock();
+    if (--copy.workers > 0)
+        return false;
 
     held_stage = stage::done;
     held_before_watching = false;
-    if (pool == into)
-        copies[made.slot] = made;
+    if (pool == copy.into)
+        copies[copy.made.slot] = copy.made;
     else if (wants_video)
         ++counts.video_replaced;
+    running.reset();
     copy_ended.notify_all();
     return true;
 }
@@ -204,7 +212,8 @@ std::optional<std::size_t> mailbox::waiting_bytes() const
 void mailbox::copy_waiting()
 {
     std::unique_lock guard{lock};
-    copy(guard);
+    if (begin_copy())
+        help(guard);
 }
 
 std::optional<mailbox::copied> mailbox::next_copied()

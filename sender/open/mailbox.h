@@ -1,12 +1,13 @@
 // What the host's threads leave for the hand-over thread: the picture held, blocks of sound, formats and counts.
 //
 // One lock, held for moments only. The host's threads never wait in here for the publisher or for a socket, nor for the
-// hand-over thread to get its turn: a video call waits for the copy of the picture it takes back, and makes that copy
-// itself if nobody has begun it; a sound call waits for nothing.
+// hand-over thread to get its turn: a video call that takes a picture back makes its copy if nobody has begun it, and
+// helps with one that is under way; a sound call waits for nothing.
 #pragma once
 
 #include "sender/open/pacing.h"
 #include "sender/open/records.h"
+#include "sender/open/shared_copy.h"
 #include "sender/open/slot_pool.h"
 
 #include <array>
@@ -106,8 +107,21 @@ class mailbox
         done
     };
 
+    struct running_copy
+    {
+        running_copy(copied const& copy, std::shared_ptr<slot_pool> slots)
+            : made(copy), into(std::move(slots)), work(made.held.what, into->slot(made.slot))
+        {
+        }
+        copied const made;
+        std::shared_ptr<slot_pool> const into; // the mailbox may get another one meanwhile
+        shared_copy work;
+        int workers = 0;
+    };
+
     void take_back(std::unique_lock<std::mutex>&);
-    bool copy(std::unique_lock<std::mutex>&); // false: there is nothing to copy, or nowhere
+    bool begin_copy();                        // false: there is nothing to copy, or nowhere
+    bool help(std::unique_lock<std::mutex>&); // with the copy that is under way; true: this call ended it
     template <class Line>
     void note_refusal(unsigned reason, Line const&);
     void wake_if_asked();
@@ -121,6 +135,7 @@ class mailbox
     // all of it guarded by lock
     std::optional<held_picture> held;
     stage held_stage = stage::done;
+    std::optional<running_copy> running; // of the picture held, in the stage of copying
     bool held_before_watching = false;
     std::shared_ptr<slot_pool> pool;
     std::array<std::optional<copied>, slot_pool::slots> copies; // by slot

@@ -45,21 +45,19 @@ char const* describe(refusal what)
     return "refused";
 }
 
-void picture::copy_to(std::byte* to) const
+void picture::copy_lines(std::byte* whole, std::size_t first, std::size_t count) const
 {
-    auto const lines = static_cast<std::size_t>(format.height);
-    if (stride == static_cast<std::ptrdiff_t>(row_bytes)) {
-        std::memcpy(to, data, bytes());
+    auto const source = [&](std::size_t line) { return data + static_cast<std::ptrdiff_t>(line) * stride; };
+    if (stride == static_cast<std::ptrdiff_t>(row_bytes))
+        std::memcpy(whole + first * row_bytes, source(first), count * row_bytes);
+    else
+        for (std::size_t line = first; line < first + count; ++line)
+            std::memcpy(whole + line * row_bytes, source(line), row_bytes);
+    if (!alpha_bytes)
         return;
-    }
-    auto const* from = data;
-    for (std::size_t line = 0; line < lines; ++line, to += row_bytes) {
-        std::memcpy(to, from, row_bytes);
-        if (line + 1 < lines)
-            from += stride;
-    }
-    if (alpha_bytes)
-        std::memcpy(to, from + stride, alpha_bytes);
+    auto const lines = static_cast<std::size_t>(format.height);
+    std::size_t const alpha_row = alpha_bytes / lines;
+    std::memcpy(whole + lines * row_bytes + first * alpha_row, source(lines) + first * alpha_row, count * alpha_row);
 }
 
 void sound::copy_to(std::byte* to) const

@@ -26,7 +26,9 @@ struct picture
     std::size_t bytes() const { return row_bytes * static_cast<std::size_t>(format.height) + alpha_bytes; }
 
     // Writes bytes() bytes, rows and planes without gaps.
-    void copy_to(std::byte* to) const;
+    void copy_to(std::byte* to) const { copy_lines(to, 0, static_cast<std::size_t>(format.height)); }
+    // Of that only some lines, to their place in the whole.
+    void copy_lines(std::byte* whole, std::size_t first, std::size_t count) const;
 };
 
 // Sound in the host's memory.

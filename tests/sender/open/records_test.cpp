@@ -145,25 +145,47 @@ TEST(records, RefuseSoundOutOfRange)
     EXPECT_EQ(why(audio(100, 1, 1001 * 10, 0)), refusal::size) << "longer than ten seconds";
 }
 
-TEST(records, CopyNoByteOutsideOfAPicture)
+// Pictures of every layout that the interface allows.
+template <class Judge>
+void for_every_layout(Judge const& judge)
 {
     for (auto const fourcc : {SenderFourCC_UYVY, SenderFourCC_UYVA, SenderFourCC_BGRA})
         for (int const padding : {0, 24})
             for (bool const upside_down : {false, true}) {
                 if (upside_down && fourcc == SenderFourCC_UYVA)
                     continue;
-                test_frame const frame{64, 9, fourcc, padding, 3, upside_down};
-                // The padding of the line at the end does not belong to the picture any more.
-                auto const size =
-                    frame.memory.size() - (fourcc == SenderFourCC_UYVA ? 0u : static_cast<unsigned>(padding));
-                guarded_memory const memory{std::span{frame.memory}.first(size)};
-                auto record = frame.record;
-                record.data = memory.start() + (frame.record.data - frame.memory.data());
-                auto const checked = std::get<picture>(check(record));
-                std::vector<std::byte> copied(checked.bytes());
-                checked.copy_to(copied.data());
-                EXPECT_EQ(copied, frame.tight) << fourcc << " " << padding << " " << upside_down;
+                SCOPED_TRACE(testing::Message() << fourcc << " " << padding << " " << upside_down);
+                judge(test_frame{64, 9, fourcc, padding, 3, upside_down}, padding);
             }
+}
+
+TEST(records, CopyNoByteOutsideOfAPicture)
+{
+    for_every_layout([](test_frame const& frame, int padding) {
+        // The padding of the line at the end does not belong to the picture any more.
+        bool const plane_behind = frame.record.fourCC == SenderFourCC_UYVA;
+        auto const size = frame.memory.size() - (plane_behind ? 0u : static_cast<unsigned>(padding));
+        guarded_memory const memory{std::span{frame.memory}.first(size)};
+        auto record = frame.record;
+        record.data = memory.start() + (frame.record.data - frame.memory.data());
+        auto const checked = std::get<picture>(check(record));
+        std::vector<std::byte> copied(checked.bytes());
+        checked.copy_to(copied.data());
+        EXPECT_EQ(copied, frame.tight);
+    });
+}
+
+TEST(records, CopyALineToItsPlaceInTheWhole)
+{
+    for_every_layout([](test_frame const& frame, int) {
+        auto const checked = std::get<picture>(check(frame.record));
+        std::vector<std::byte> copied(checked.bytes());
+        for (std::size_t const line : {8, 0, 5, 4, 3, 2, 1, 7, 6})
+            checked.copy_lines(copied.data(), line, 1);
+        EXPECT_EQ(copied, frame.tight);
+        checked.copy_lines(copied.data(), 3, 0);
+        EXPECT_EQ(copied, frame.tight);
+    });
 }
 
 TEST(records, CopyChannelsWithoutTheirPadding)
