@@ -46,6 +46,14 @@ bool channel::receive()
     return alive;
 }
 
+bool channel::give_slots_back()
+{
+    for (auto const& slot : returned_->take())
+        if (!stream_.send(protocol::message::release, slot))
+            return false;
+    return true;
+}
+
 bool channel::send_wants(bool video, bool audio)
 {
     return stream_.send(protocol::message::wants, protocol::wants_body{video, audio});
@@ -115,7 +123,7 @@ void channel::pool(std::span<std::byte const> body)
 {
     auto const pool = required<protocol::pool_body>(body);
     try {
-        memory_ = slot_memory{stream_.take_descriptor(), pool};
+        memory_ = std::make_shared<slot_memory>(stream_.take_descriptor(), pool);
     } catch (std::runtime_error const& error) {
         throw protocol_error{error.what()};
     }
@@ -125,17 +133,23 @@ void channel::video(std::span<std::byte const> body)
 {
     auto const message = required<protocol::video_body>(body);
     require(checked(message.format).has_value(), "a picture's format out of range");
+    require(memory_ != nullptr, "a picture without slots to lie in");
+    std::shared_ptr<void const> loan;
     // A picture of a pool that was replaced meanwhile is no mistake.
-    if (message.pool_id == memory_.pool_id()) {
-        auto const* const data = memory_.slot(message.slot, slot_bytes(message.format));
+    if (message.pool_id == memory_->pool_id()) {
+        auto const* const data = memory_->slot(message.slot, slot_bytes(message.format));
         require(data != nullptr, "a picture that does not lie within its slot");
-        events_->video({.picture = {message.format, data},
+        loan = memory_->lend(message.slot, returned_);
+        events_->video({.picture = {message.format, data, loan},
                         .timecode_100ns = message.timecode_100ns,
                         .sent_ns = message.sent_ns,
                         .index = message.index,
                         .repeat = message.repeat != 0});
     }
-    stream_.send(protocol::message::release, protocol::release_body{message.pool_id, message.slot});
+    if (!loan)
+        stream_.send(protocol::message::release, protocol::release_body{message.pool_id, message.slot});
+    loan.reset();
+    give_slots_back();
 }
 
 void channel::audio(std::span<std::byte const> body)

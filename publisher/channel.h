@@ -11,6 +11,7 @@
 
 #include <array>
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <span>
 #include <stdexcept>
@@ -56,7 +57,7 @@ class channel_events
     virtual ~channel_events() = default;
     virtual void video_format(protocol::video_format_body const& format) = 0; // checked
     virtual void audio_format(sound_format const& format) = 0;
-    virtual void video(video_item const& item) = 0; // the picture is valid during the call
+    virtual void video(video_item const& item) = 0; // the picture is valid during the call, or while its loan is held
     virtual void audio(audio_item const& item) = 0;
     virtual void losses(protocol::losses_body const& losses) = 0;
 };
@@ -79,8 +80,10 @@ struct protocol_error : std::runtime_error
 class channel
 {
   public:
-    channel(open::descriptor connected, channel_directory& directory)
-        : stream_(std::move(connected)), directory_(directory)
+    // wake may come from any thread, when there are slots to give back.
+    channel(open::descriptor connected, channel_directory& directory, std::function<void()> wake)
+        : stream_(std::move(connected)), directory_(directory),
+          returned_(std::make_shared<returned_slots>(std::move(wake)))
     {
     }
 
@@ -92,6 +95,9 @@ class channel
     // Takes in what has come and handles all whole messages. False: the peer is gone. Throws protocol_error.
     bool receive();
     bool flush() { return stream_.flush(); }
+
+    // Tells the sender which slots it may fill again. False: the peer is gone.
+    bool give_slots_back();
 
     // Says whether anybody watches. False: the peer is gone.
     bool send_wants(bool video, bool audio);
@@ -107,7 +113,8 @@ class channel
     channel_directory& directory_;
     bool introduced_ = false;
     std::shared_ptr<channel_events> events_;
-    slot_memory memory_;
+    std::shared_ptr<slot_memory> memory_; // null until there is some
+    std::shared_ptr<returned_slots> const returned_;
 };
 
 } // namespace quillo::publisher

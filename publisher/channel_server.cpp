@@ -172,7 +172,7 @@ void channel_server::serve(connection& self, open::descriptor connected)
 {
     directory opened{owner_, self.waker};
     try {
-        channel peer{std::move(connected), opened};
+        channel peer{std::move(connected), opened, [waker = self.waker] { waker->wake(); }};
         talk(self, peer, opened.held());
     } catch (protocol_error const& error) {
         log::warning("a local connection was ended: ", error.what());
@@ -185,14 +185,19 @@ void channel_server::serve(connection& self, open::descriptor connected)
 void channel_server::talk(connection& self, channel& peer, std::optional<held_source> const& held)
 {
     auto const began = clock::now();
-    std::optional<bool> told;
+    std::optional<unsigned> told;
     // Nor goes on one whose sender has connected anew.
     while (!stopping_ && !(held && held->is_over())) {
-        bool const wanted = held && held->of->wanted();
-        if (held && told != wanted) {
+        unsigned const watched = held ? held->of->watched() : source::nobody;
+        bool const wanted = watched != source::nobody;
+        if (held && told != watched) {
+            // Somebody came right after the last one had gone. A host that rests gives its picture only when it hears
+            // that it is wanted.
+            if (wanted && told.value_or(source::nobody) != source::nobody && !peer.send_wants(false, false))
+                return;
             if (!peer.send_wants(wanted, wanted))
                 return;
-            told = wanted;
+            told = watched;
         }
         int const timeout = wanted ? static_cast<int>(tick_interval.count()) : peer.introduced() ? -1 : 1000;
         short const events = static_cast<short>(peer.wants_to_write() ? POLLIN | POLLOUT : POLLIN);
@@ -200,6 +205,8 @@ void channel_server::talk(connection& self, channel& peer, std::optional<held_so
         ::poll(waiting, 2, timeout);
         if (waiting[1].revents & POLLIN)
             self.waker->drain();
+        if (!peer.give_slots_back())
+            return;
         if ((waiting[0].revents & POLLOUT) && !peer.flush())
             return;
         if ((waiting[0].revents & (POLLIN | POLLHUP | POLLERR)) && !peer.receive())

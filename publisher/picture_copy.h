@@ -4,14 +4,17 @@
 #include "publisher/formats.h"
 
 #include <cstddef>
+#include <memory>
 
 namespace quillo::publisher {
 
-// A picture where the sender put it. The sender may write to it at any time: every byte is read once.
+// A picture where the sender put it. A sender that breaks the rules may write to it at any time: nothing may depend on
+// what its bytes are.
 struct sent_picture
 {
     protocol::video_format_body format; // checked
     unsigned char const* data;          // slot_bytes(format) of them
+    std::shared_ptr<void const> loan{}; // whoever holds it may go on reading; null: only during the call
 };
 
 // Copies the fill, format.width by format.height pixels, rows dst_stride bytes apart. No byte beyond a row's pixels is

@@ -44,11 +44,13 @@ bool copy_into(GstBuffer* buffer, GstVideoInfo const& info, sent_picture const& 
 
 // A single frame of another shape does not change what was announced.
 bool convert_into(GstBuffer* buffer, GstVideoInfo const& info, sent_picture const& sent, picture_format const& shape,
-                  GstVideoInfo const& odd_info, copier copy)
+                  GstVideoInfo odd_info, copier copy)
 {
+    // Of rates the converter knows nothing.
+    GST_VIDEO_INFO_FPS_N(&odd_info) = GST_VIDEO_INFO_FPS_N(&info);
+    GST_VIDEO_INFO_FPS_D(&odd_info) = GST_VIDEO_INFO_FPS_D(&info);
     auto const odd = adopt<buffer_ptr>(gst_buffer_new_allocate(nullptr, GST_VIDEO_INFO_SIZE(&odd_info), nullptr));
-    video_converter_ptr const converter{
-        gst_video_converter_new(const_cast<GstVideoInfo*>(&odd_info), const_cast<GstVideoInfo*>(&info), nullptr)};
+    video_converter_ptr const converter{gst_video_converter_new(&odd_info, const_cast<GstVideoInfo*>(&info), nullptr)};
     if (!odd || !converter || !copy_into(odd.get(), odd_info, sent, shape, copy))
         return false;
     mapped_frame from{odd_info, odd.get(), GST_MAP_READ};
@@ -77,8 +79,24 @@ void picture_store::clear()
     alphas_.clear();
 }
 
+// Not copied: the slot itself, for as long as anybody has the picture.
+buffer_ptr picture_store::in_place(sent_picture const& sent, picture_format const& shape) const
+{
+    auto const bytes = static_cast<std::size_t>(sent.format.width) * static_cast<std::size_t>(sent.format.height) * 2;
+    bool const same = format_.layout == fill::uyvy && shape.layout == fill::uyvy && shape.width == format_.width &&
+                      shape.height == format_.height && sent.format.width == format_.width &&
+                      GST_VIDEO_INFO_SIZE(&fills_.info()) == bytes;
+    if (!sent.loan || !same)
+        return nullptr;
+    return adopt<buffer_ptr>(gst_buffer_new_wrapped_full(
+        GST_MEMORY_FLAG_READONLY, const_cast<unsigned char*>(sent.data), bytes, 0, bytes, new auto(sent.loan),
+        [](gpointer loan) { delete static_cast<std::shared_ptr<void const>*>(loan); }));
+}
+
 buffer_ptr picture_store::take(sent_picture const& sent, picture_format const& shape)
 {
+    if (auto as_sent = in_place(sent, shape))
+        return as_sent;
     auto buffer = fills_.blank();
     if (!buffer)
         return nullptr;

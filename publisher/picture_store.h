@@ -14,7 +14,8 @@ class picture_store
     // The shape of the pictures from here on. Buffers of the shape before stay good.
     void set_format(picture_format const& format);
 
-    // Copies, and converts when it has another shape. Null when there is no memory.
+    // The picture where it lies, if it is lent and nothing is to be changed; else a copy, converted when it has another
+    // shape. Not to be written to. Null when there is no memory.
     buffer_ptr take(sent_picture const& sent, picture_format const& shape);
     buffer_ptr black();
 
@@ -30,6 +31,8 @@ class picture_store
     void clear();
 
   private:
+    buffer_ptr in_place(sent_picture const& sent, picture_format const& shape) const;
+
     picture_format format_;
     bool has_format_ = false;
     frame_pool fills_;

@@ -38,6 +38,21 @@ std::size_t checked_size(int fd, protocol::pool_body const& pool)
 
 } // namespace
 
+void returned_slots::add(protocol::release_body slot)
+{
+    {
+        std::lock_guard const lock{mutex_};
+        slots_.push_back(slot);
+    }
+    wake_();
+}
+
+std::vector<protocol::release_body> returned_slots::take()
+{
+    std::lock_guard const lock{mutex_};
+    return std::exchange(slots_, {});
+}
+
 slot_memory::slot_memory(open::descriptor memory, protocol::pool_body const& pool)
     : pool_(pool), size_(checked_size(memory.get(), pool))
 {
@@ -48,30 +63,26 @@ slot_memory::slot_memory(open::descriptor memory, protocol::pool_body const& poo
     start_ = static_cast<unsigned char const*>(mapped);
 }
 
-slot_memory::slot_memory(slot_memory&& other) noexcept
-    : pool_(other.pool_), start_(std::exchange(other.start_, nullptr)), size_(other.size_)
-{
-}
-
-slot_memory& slot_memory::operator=(slot_memory&& other) noexcept
-{
-    std::swap(pool_, other.pool_);
-    std::swap(start_, other.start_);
-    std::swap(size_, other.size_);
-    return *this;
-}
-
-slot_memory::~slot_memory()
-{
-    if (start_)
-        ::munmap(const_cast<unsigned char*>(start_), size_);
-}
+slot_memory::~slot_memory() { ::munmap(const_cast<unsigned char*>(start_), size_); }
 
 unsigned char const* slot_memory::slot(std::uint32_t number, std::uint64_t bytes) const
 {
-    if (!start_ || number >= pool_.slots || bytes > pool_.slot_bytes)
+    if (number >= pool_.slots || bytes > pool_.slot_bytes)
         return nullptr;
     return start_ + number * pool_.slot_bytes;
+}
+
+std::shared_ptr<void const> slot_memory::lend(std::uint32_t number, std::shared_ptr<returned_slots> to)
+{
+    // Only the connection's thread lends, so nobody else counts up.
+    if (lent_ + protocol::min_free_slots >= pool_.slots)
+        return nullptr;
+    ++lent_;
+    protocol::release_body const lent{pool_.pool_id, number};
+    return {start_, [self = shared_from_this(), to = std::move(to), lent](void const*) {
+                --self->lent_;
+                to->add(lent);
+            }};
 }
 
 } // namespace quillo::publisher

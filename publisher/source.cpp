@@ -275,10 +275,11 @@ void source::add(listener& who)
     {
         std::lock_guard const lock{mutex_};
         ns const now = monotonic_ns();
-        if (listeners_.empty())
+        if (listeners_.empty()) {
             listened_since_ = now;
+            watched_ = ++times_watched_;
+        }
         listeners_.push_back(&who);
-        listeners_count_ = listeners_.size();
         who.format(pictures_, sound_);
         if (last_)
             who.keyed_picture(last_.get(), last_alpha_.get());
@@ -298,8 +299,8 @@ void source::remove(listener& who)
     {
         std::lock_guard const lock{mutex_};
         std::erase(listeners_, &who);
-        listeners_count_ = listeners_.size();
         if (listeners_.empty()) {
+            watched_ = nobody;
             last_.reset();
             last_alpha_.reset();
             pending_.reset();

@@ -60,7 +60,10 @@ class source : public channel_events
     void close();
 
     // From any thread.
-    bool wanted() const { return listeners_count_ > 0; }
+    bool wanted() const { return watched_ != nobody; }
+    // A new number whenever somebody comes where nobody was: of what the source had to show nothing is left then.
+    static constexpr unsigned nobody = 0;
+    unsigned watched() const { return watched_; }
     void add(listener& who);    // told the format and given the last picture before this returns, if there is one
     void remove(listener& who); // not called any more once this has returned
     void hurry();               // while the host rests: the last picture again at once, for somebody who waits for it
@@ -106,7 +109,8 @@ class source : public channel_events
     introduction who_;
     std::function<void()> wake_;
     std::vector<listener*> listeners_;
-    std::atomic<std::size_t> listeners_count_{0};
+    std::atomic<unsigned> watched_{nobody};
+    unsigned times_watched_ = 0;
 
     picture_format pictures_;
     sound_format sound_;

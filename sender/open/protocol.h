@@ -5,8 +5,9 @@
 // machine's, both ends run on it. Either end closes the connection on a message that it does not understand.
 //
 // Pictures go through shared memory: the sender makes a pool of slots, copies a picture into a free slot, and says so
-// with a video message; the publisher copies it out at once and gives the slot back. The publisher believes no size,
-// stride or offset before checking it, and reads a slot once only.
+// with a video message; the publisher gives the slot back when nobody shows that picture any more. It keeps few enough
+// that min_free_slots are left to the sender, and copies what it would have to keep beyond that. It believes no size,
+// stride or offset before checking it, and relies on nothing that the bytes of a picture say.
 #pragma once
 
 #include <cstddef>
@@ -22,6 +23,7 @@ constexpr std::uint32_t max_name = 255;              // of a source's name, byte
 constexpr std::int32_t max_side = 16384;             // of a picture, pixels
 constexpr std::uint64_t max_slot_bytes = 1ull << 30; // of one picture
 constexpr std::uint32_t max_slots = 8;               // of a pool
+constexpr std::uint32_t min_free_slots = 3;          // of those that pictures are not shown from
 constexpr std::int32_t max_channels = 64;            // of audio
 constexpr std::int32_t max_block_samples = 1 << 16;  // a channel in one block
 constexpr std::int32_t max_sample_rate = 768000;

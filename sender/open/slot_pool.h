@@ -2,6 +2,7 @@
 #pragma once
 
 #include "sender/open/descriptor.h"
+#include "sender/open/protocol.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -12,7 +13,8 @@ namespace quillo::open {
 class slot_pool
 {
   public:
-    static constexpr std::uint32_t slots = 4;
+    // As many as a publisher with slow receivers shows pictures from, a few, and those that it leaves.
+    static constexpr std::uint32_t slots = 4 + protocol::min_free_slots;
 
     // Makes room for pictures of up to picture_bytes and touches all of it, so that no copy meets a page fault.
     // Throws std::system_error when there is no memory.

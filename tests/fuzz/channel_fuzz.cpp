@@ -103,7 +103,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
         std::abort();
     open::descriptor const theirs{ends[1]};
     one_source directory;
-    channel taking{open::descriptor{ends[0]}, directory};
+    channel taking{open::descriptor{ends[0]}, directory, [] {}};
     std::size_t const split = data[1] * (size - 2) / 256;
     constexpr int flags = MSG_DONTWAIT | MSG_NOSIGNAL;
     if (split > 0)

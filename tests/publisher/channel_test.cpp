@@ -8,8 +8,10 @@
 #include <poll.h>
 #include <sys/socket.h>
 
+#include <atomic>
 #include <cstring>
 #include <random>
+#include <thread>
 
 namespace quillo::publisher {
 namespace {
@@ -20,6 +22,7 @@ using testing::picture_memory;
 using testing::protocol_sender;
 using testing::video_format;
 using type = protocol::message;
+using namespace std::chrono_literals;
 
 struct recorder : channel_events
 {
@@ -30,6 +33,8 @@ struct recorder : channel_events
         auto const* const data = item.picture.data;
         pictures.emplace_back(data, data + slot_bytes(item.picture.format));
         timecodes.push_back(item.timecode_100ns);
+        if (keeps)
+            loans.push_back(item.picture.loan);
     }
     void audio(audio_item const& item) override
     {
@@ -43,6 +48,8 @@ struct recorder : channel_events
     std::vector<sound_format> sound_formats;
     std::vector<std::vector<unsigned char>> pictures;
     std::vector<std::int64_t> timecodes;
+    bool keeps = false; // the loans of pictures
+    std::vector<std::shared_ptr<void const>> loans;
     std::vector<float> samples;
     int blocks = 0;
     protocol::losses_body last_losses{};
@@ -51,7 +58,7 @@ struct recorder : channel_events
 class connection : public ::testing::Test, public channel_directory
 {
   protected:
-    connection() : peer_{make_pair()}, channel_{std::move(ours_), *this} {}
+    connection() : peer_{make_pair()}, channel_{std::move(ours_), *this, [this] { ++woken; }} {}
 
     std::shared_ptr<channel_events> open_source(introduction const& who) override
     {
@@ -70,10 +77,11 @@ class connection : public ::testing::Test, public channel_directory
     }
 
     // All that has been sent; a descriptor on the way ends a read.
-    void take()
+    void take() { take(channel_); }
+    static void take(channel& from)
     {
-        for (pollfd waiting{channel_.fd(), POLLIN, 0}; ::poll(&waiting, 1, 0) > 0;)
-            channel_.receive();
+        for (pollfd waiting{from.fd(), POLLIN, 0}; ::poll(&waiting, 1, 0) > 0;)
+            from.receive();
     }
 
     // What the log would say about what was sent.
@@ -98,6 +106,7 @@ class connection : public ::testing::Test, public channel_directory
     channel channel_;
     std::shared_ptr<recorder> events = std::make_shared<recorder>();
     introduction introduced{};
+    std::atomic<int> woken{0};
     bool full = false;
 };
 
@@ -123,6 +132,69 @@ TEST_F(connection, pictures_come_out_of_their_slots_and_slots_go_back)
     EXPECT_EQ(events->timecodes[0], 42);
     EXPECT_EQ(events->formats.size(), 1u);
     EXPECT_TRUE(peer_.wait_for_release());
+}
+
+TEST_F(connection, a_slot_goes_back_when_the_last_holder_of_its_picture_is_gone)
+{
+    greet();
+    events->keeps = true;
+    peer_.video(small, noise_picture(small, 1), 42);
+    take();
+    ASSERT_EQ(events->loans.size(), 1u);
+    auto second_holder = events->loans[0];
+    events->loans.clear();
+    EXPECT_FALSE(peer_.wait_for_release(50ms));
+    int const before = woken;
+    std::thread{[&] { second_holder.reset(); }}.join();
+    EXPECT_GT(woken, before);
+    EXPECT_TRUE(channel_.give_slots_back());
+    EXPECT_TRUE(peer_.wait_for_release());
+    EXPECT_FALSE(peer_.wait_for_release(50ms)) << "once is enough";
+}
+
+// Whoever holds pictures for long must not keep the sender from going on.
+TEST_F(connection, three_slots_are_always_left_to_the_sender)
+{
+    greet();
+    events->keeps = true;
+    for (std::uint64_t number = 0; number < 8; ++number) {
+        peer_.video(small, noise_picture(small, number), 0);
+        take();
+        bool const lent = number < peer_.pool.slots - 3;
+        EXPECT_EQ(events->loans.back() != nullptr, lent) << number;
+        EXPECT_EQ(peer_.wait_for_release(lent ? 50ms : 3000ms), !lent) << number;
+    }
+    events->loans.clear();
+    EXPECT_TRUE(channel_.give_slots_back());
+    for (std::uint32_t slot = 0; slot < peer_.pool.slots - 3; ++slot)
+        EXPECT_TRUE(peer_.wait_for_release());
+    peer_.video(small, noise_picture(small, 8), 0);
+    take();
+    EXPECT_NE(events->loans.back(), nullptr) << "what came back can be lent again";
+}
+
+TEST_F(connection, a_lent_picture_outlives_its_pool_and_its_connection)
+{
+    struct keeper : recorder
+    {
+        void video(video_item const& item) override { kept = item.picture; }
+        sent_picture kept{};
+    };
+    auto const by = std::make_shared<keeper>();
+    events = by;
+    auto const picture = noise_picture(small, 1);
+    {
+        protocol_sender peer{make_pair()};
+        channel short_lived{std::move(ours_), *this, [] {}};
+        peer.hello("Adobe Premiere Pro", 7);
+        peer.video(small, picture, 0);
+        take(short_lived);
+        peer.make_pool(8192);
+        take(short_lived);
+    }
+    ASSERT_NE(by->kept.loan, nullptr);
+    EXPECT_EQ(std::memcmp(by->kept.data, picture.data(), picture.size()), 0);
+    by->kept.loan.reset();
 }
 
 TEST_F(connection, pictures_of_a_pool_that_was_replaced_are_only_given_back)
@@ -321,7 +393,7 @@ TEST_F(connection, pictures_outside_of_their_slot_are_refused)
     peer_.make_pool(4096);
     take();
     auto const id = peer_.pool.pool_id;
-    peer_.send_record(type::video, protocol::video_body{small, id, 4, 0, 0, 0, 0, 0});
+    peer_.send_record(type::video, protocol::video_body{small, id, peer_.pool.slots, 0, 0, 0, 0, 0});
     EXPECT_THAT(complaint(), HasSubstr("slot"));
     peer_.send_record(type::video, protocol::video_body{small, id, 0xFFFFFFFF, 0, 0, 0, 0, 0});
     EXPECT_THAT(complaint(), HasSubstr("slot"));
@@ -387,7 +459,7 @@ TEST_F(connection, changed_bytes_never_do_harm)
     auto const picture = noise_picture(small, 1);
     for (int round = 0; round < 300; ++round) {
         protocol_sender peer{make_pair()};
-        channel taking{std::move(ours_), *this};
+        channel taking{std::move(ours_), *this, [] {}};
         peer.hello("fuzz", 1);
         peer.make_pool(4096);
         std::vector<std::byte> bytes;

@@ -1,4 +1,5 @@
 #include "publisher/source.h"
+#include "tests/support/protocol_sender.h"
 
 #include <gmock/gmock.h>
 #include <gst/gst.h>
@@ -11,6 +12,8 @@
 
 namespace {
 
+using quillo::buffer_ptr;
+using quillo::retain;
 using namespace quillo::publisher;
 using ns = source::ns;
 
@@ -101,6 +104,92 @@ TEST_F(source_sound, a_host_that_speaks_again_is_left_alone)
     auto const heard = listener_.blocks.size();
     source_.tick(listener_.end() + 20 * ms);
     EXPECT_EQ(listener_.blocks.size(), heard);
+}
+
+class picture_listener : public listener
+{
+  public:
+    void format(picture_format const&, sound_format const&) override {}
+    void picture(GstBuffer* shown) override { last = retain(shown); }
+    void sound(placed_sound const&) override {}
+    void ended() override {}
+
+    // Where the last picture's bytes are.
+    unsigned char const* place() const
+    {
+        GstMapInfo map;
+        if (!last || !gst_buffer_map(last.get(), &map, GST_MAP_READ))
+            return nullptr;
+        gst_buffer_unmap(last.get(), &map);
+        return map.data;
+    }
+
+    buffer_ptr last;
+};
+
+class source_pictures : public testing::Test
+{
+  protected:
+    static void SetUpTestSuite() { gst_init(nullptr, nullptr); }
+
+    source_pictures() { source_.add(listener_); }
+    ~source_pictures() override { source_.remove(listener_); }
+
+    // True: what is shown is the sender's own memory.
+    bool shown_in_place(int width, std::uint32_t fourcc, std::shared_ptr<void const> loan)
+    {
+        auto const format = quillo::testing::video_format(width, 8, fourcc);
+        sent_.assign(slot_bytes(format), 77);
+        source_.video_format(format);
+        for (int k = 0; k < source::frames_to_accept; ++k)
+            source_.video({{format, sent_.data(), loan}, k * 400'000, monotonic_ns(), 0, false});
+        return listener_.place() == sent_.data();
+    }
+
+    std::vector<unsigned char> sent_;
+    source source_{{}, "name", [] {}};
+    picture_listener listener_;
+};
+
+TEST_F(source_pictures, a_single_frame_of_another_size_and_rate_is_converted)
+{
+    shown_in_place(16, SenderFourCC_UYVY, nullptr);
+    auto const before = retain(listener_.last.get());
+    auto const odd = quillo::testing::video_format(32, 16, SenderFourCC_UYVY, 50, 1);
+    std::vector<unsigned char> const bytes(slot_bytes(odd), 77);
+    source_.video({{odd, bytes.data(), nullptr}, 2'000'000, monotonic_ns(), 0, false});
+    ASSERT_NE(listener_.last, before) << "it is shown";
+    EXPECT_EQ(gst_buffer_get_size(listener_.last.get()), 16u * 8 * 2);
+}
+
+// What the connection's thread tells the sender by: it may look only once while one goes and another one comes.
+TEST_F(source_pictures, who_comes_after_the_last_one_went_is_known_from_him)
+{
+    unsigned const first = source_.watched();
+    EXPECT_NE(first, source::nobody);
+    picture_listener second;
+    source_.add(second);
+    EXPECT_EQ(source_.watched(), first) << "there was somebody all the time";
+    source_.remove(listener_);
+    EXPECT_EQ(source_.watched(), first);
+    source_.remove(second);
+    EXPECT_EQ(source_.watched(), source::nobody);
+    source_.add(listener_);
+    EXPECT_NE(source_.watched(), source::nobody);
+    EXPECT_NE(source_.watched(), first);
+}
+
+TEST_F(source_pictures, what_is_lent_and_has_the_right_shape_is_not_copied)
+{
+    auto const loan = std::make_shared<int>();
+    EXPECT_TRUE(shown_in_place(16, SenderFourCC_UYVY, loan));
+    EXPECT_GT(loan.use_count(), 1);
+    EXPECT_TRUE(shown_in_place(18, SenderFourCC_UYVA, loan));
+    EXPECT_FALSE(shown_in_place(18, SenderFourCC_UYVA, nullptr)) << "not lent";
+    EXPECT_FALSE(shown_in_place(17, SenderFourCC_UYVA, loan)) << "an odd width is cut";
+    EXPECT_FALSE(shown_in_place(16, SenderFourCC_BGRX, loan)) << "one byte of four goes";
+    listener_.last.reset();
+    EXPECT_EQ(loan.use_count(), 1) << "nobody shows it any more";
 }
 
 } // namespace

@@ -111,10 +111,11 @@ void live_sender::run()
         told_held = repeat;
         auto const timecode = static_cast<std::int64_t>(number) * period_ns / 100;
         channel_.video(format, make_(format, number), timecode, repeat);
-        while (auto const got = channel_.receive(1000ms)) {
-            heed_wants(*got);
-            if (got->type == protocol::message::release)
+        while (!channel_.has_free_slot()) {
+            auto const got = channel_.receive(1000ms);
+            if (!got)
                 break;
+            heed_wants(*got);
         }
         if (repeat)
             continue;

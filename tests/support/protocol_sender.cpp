@@ -17,7 +17,7 @@ namespace quillo::testing {
 
 namespace {
 
-constexpr std::uint32_t slots = 4;
+constexpr std::uint32_t slots = 7;
 
 std::int64_t now_ns()
 {
@@ -118,7 +118,30 @@ void protocol_sender::make_pool(std::size_t picture_bytes)
     if (mapped == MAP_FAILED)
         throw std::runtime_error{"no memory"};
     mapped_ = static_cast<std::byte*>(mapped);
+    taken_ = 0;
     send_record(protocol::message::pool, pool, memory_.get());
+}
+
+bool protocol_sender::has_free_slot() const { return taken_ != (1u << pool.slots) - 1; }
+
+std::uint32_t protocol_sender::take_slot()
+{
+    if (has_free_slot())
+        while (taken_ & 1u << next_slot_ % pool.slots)
+            ++next_slot_;
+    std::uint32_t const slot = next_slot_++ % pool.slots;
+    taken_ |= 1u << slot;
+    return slot;
+}
+
+void protocol_sender::heed_release(message const& got)
+{
+    if (got.type != protocol::message::release || got.body.size() != sizeof(protocol::release_body))
+        return;
+    protocol::release_body body{};
+    std::memcpy(&body, got.body.data(), sizeof body);
+    if (body.pool_id == pool.pool_id && body.slot < pool.slots)
+        taken_ &= ~(1u << body.slot);
 }
 
 void protocol_sender::video(protocol::video_format_body const& format, std::span<unsigned char const> picture,
@@ -126,7 +149,7 @@ void protocol_sender::video(protocol::video_format_body const& format, std::span
 {
     if (pool.slot_bytes < picture.size())
         make_pool(picture.size());
-    std::uint32_t const slot = next_slot_++ % pool.slots;
+    std::uint32_t const slot = take_slot();
     std::memcpy(mapped_ + slot * pool.slot_bytes, picture.data(), picture.size());
     send_record(protocol::message::video,
                 protocol::video_body{format, pool.pool_id, slot, timecode_100ns, now_ns(), index_++, repeat, 0});
@@ -161,6 +184,7 @@ std::optional<protocol_sender::message> protocol_sender::receive(milliseconds li
                 auto const end = arrived_.begin() + static_cast<std::ptrdiff_t>(sizeof head + head.size);
                 message result{head.type, {arrived_.begin() + sizeof head, end}};
                 arrived_.erase(arrived_.begin(), end);
+                heed_release(result);
                 return result;
             }
         }

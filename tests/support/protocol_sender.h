@@ -36,7 +36,7 @@ class protocol_sender
     void announce(protocol::video_format_body const& format);
     void announce(protocol::audio_format_body const& format);
     void make_pool(std::size_t picture_bytes);
-    // Through the next slot, round robin, without asking whether it is free.
+    // Through a free slot as far as is known from what was received, or else through any.
     void video(protocol::video_format_body const& format, std::span<unsigned char const> picture,
                std::int64_t timecode_100ns, bool repeat = false);
     void audio(protocol::audio_format_body const& format, std::span<float const> planar, std::int64_t timecode_100ns);
@@ -60,6 +60,7 @@ class protocol_sender
     std::optional<message> receive(protocol::message type, milliseconds limit = 3000ms); // others are passed over
     bool wait_for_wants(bool video, milliseconds limit = 3000ms);
     bool wait_for_release(milliseconds limit = 3000ms);
+    bool has_free_slot() const;
     bool ended() const { return ended_; } // by the publisher, as far as has been received
     std::string status();
 
@@ -72,7 +73,11 @@ class protocol_sender
     open::descriptor socket_;
     open::descriptor memory_;
     std::byte* mapped_ = nullptr;
+    void heed_release(message const& got);
+    std::uint32_t take_slot();
+
     std::uint32_t next_slot_ = 0;
+    std::uint32_t taken_ = 0; // a bit for each slot
     std::uint64_t index_ = 0;
     std::uint64_t samples_ = 0;
     std::vector<std::byte> arrived_;

@@ -8,6 +8,8 @@ using record = fake_publisher::record;
 
 namespace {
 
+constexpr std::size_t slots = 7;
+
 void send(sender_ptr const& sender, test_frame const& frame)
 {
     Quillolib_send_send_video_async(sender.get(), &frame.record);
@@ -32,7 +34,7 @@ class pictures : public sender_test
     bool take_every_slot(sender_ptr const& sender, test_frame const& frame)
     {
         publisher.behave([](auto& how) { how.give_back = false; });
-        for (std::size_t count = 1; count <= 4; ++count) {
+        for (std::size_t count = 1; count <= slots; ++count) {
             send(sender, frame);
             if (!arrived(count))
                 return false;
@@ -231,10 +233,10 @@ TEST_F(pictures, AreLostButNeverWaitedForWithoutASlot)
         send(sender, frame);
         flush(sender);
     }
-    auto const counts = counts_after(4 + more);
+    auto const counts = counts_after(slots + more);
     EXPECT_EQ(counts.video_no_slot + counts.video_replaced, more);
     EXPECT_GE(counts.video_no_slot, 1u);
-    EXPECT_EQ(publisher.seen().pictures.size(), 4u);
+    EXPECT_EQ(publisher.seen().pictures.size(), slots);
 }
 
 TEST_F(pictures, GoAsSoonAsASlotIsGivenBack)
@@ -242,17 +244,17 @@ TEST_F(pictures, GoAsSoonAsASlotIsGivenBack)
     auto const sender = make_sender();
     test_frame const frame{64, 36, SenderFourCC_UYVY};
     ASSERT_TRUE(take_every_slot(sender, frame));
-    test_frame const fifth{64, 36, SenderFourCC_UYVY, 0, 5};
-    send(sender, fifth);
+    test_frame const one_more{64, 36, SenderFourCC_UYVY, 0, 5};
+    send(sender, one_more);
     auto const pool = publisher.seen().pools.back().pool_id;
     // Slots that are not lent, and pools that are not there, change nothing.
-    for (auto const& wrong : {protocol::release_body{pool, 4}, {pool, 0xFFFFFFFF}, {pool + 1, 0}, {pool - 1, 0}})
+    for (auto const& wrong : {protocol::release_body{pool, slots}, {pool, 0xFFFFFFFF}, {pool + 1, 0}, {pool - 1, 0}})
         publisher.send(protocol::message::release, bytes_of(wrong));
     publisher.send(protocol::message::release, bytes_of(protocol::release_body{pool, 2}));
-    ASSERT_TRUE(arrived(5));
+    ASSERT_TRUE(arrived(slots + 1));
     auto const got = publisher.seen().pictures.back();
     EXPECT_EQ(got.head.slot, 2u);
-    EXPECT_EQ(got.bytes, fifth.tight);
+    EXPECT_EQ(got.bytes, one_more.tight);
 }
 
 TEST_F(pictures, GetABiggerPoolWhenTheyNeedOne)
@@ -262,16 +264,16 @@ TEST_F(pictures, GetABiggerPoolWhenTheyNeedOne)
     ASSERT_TRUE(take_every_slot(sender, small));
     test_frame const big{320, 240, SenderFourCC_UYVA};
     send(sender, big);
-    ASSERT_TRUE(arrived(5));
+    ASSERT_TRUE(arrived(slots + 1));
     auto const seen = publisher.seen();
     EXPECT_EQ(seen.pictures.back().bytes, big.tight);
     ASSERT_EQ(seen.pools.size(), 2u);
-    EXPECT_EQ(seen.pools[0].slots, 4u);
+    EXPECT_EQ(seen.pools[0].slots, slots);
     EXPECT_EQ(seen.pools[0].slot_bytes, 4096u);
     EXPECT_EQ(seen.pools[1].slot_bytes, (320u * 240 * 3 + 4095) / 4096 * 4096);
     // A small one in between uses what is there.
     send(sender, small);
-    ASSERT_TRUE(arrived(6));
+    ASSERT_TRUE(arrived(slots + 2));
     EXPECT_EQ(publisher.seen().pools.size(), 2u);
 }
 
