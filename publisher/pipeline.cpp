@@ -79,6 +79,13 @@ GstFlowReturn pipeline::new_sample(GstElement* sink, gpointer self)
 
 pushed pipeline::push(GstBuffer* buffer) { return push_buffer(in_.get(), buffer); }
 
+bool has_started(GstElement* appsrc)
+{
+    GstState now = GST_STATE_NULL;
+    gst_element_get_state(appsrc, &now, nullptr, 0);
+    return now >= GST_STATE_PAUSED;
+}
+
 bool is_full(GstElement* appsrc)
 {
     GstAppSrc* const src = GST_APP_SRC(appsrc);

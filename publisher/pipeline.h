@@ -18,6 +18,7 @@ enum class pushed {
     refused              // the appsrc is about to start or to end
 };
 
+bool has_started(GstElement* appsrc);
 bool is_full(GstElement* appsrc);
 
 // Pushes into a leaky appsrc, without waiting.

@@ -128,7 +128,10 @@ pushed raw_viewer::push(raw_form::pictures const& made)
 {
     if (!key_in_)
         return push_buffer(video_in_.get(), made.fill.get());
-    // Both or neither: a picture with another one's key is worse than none.
+    // Both or neither: a picture with another one's key is worse than none, and fills that had queued up before the
+    // key's end of the pipeline took anything would keep it out for good.
+    if (!first_picture_ && (!has_started(video_in_.get()) || !has_started(key_in_.get())))
+        return pushed::refused;
     if (is_full(video_in_.get()) || is_full(key_in_.get()))
         return pushed::in_place_of_another;
     auto const result = push_buffer(video_in_.get(), made.fill.get());
