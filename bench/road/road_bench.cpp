@@ -2,6 +2,9 @@
 // long the send calls take while receivers or the publisher misbehave.
 //
 //   quillo_road_bench --size 1920x1080 --rate 60 --seconds 10 --mount raw --viewers 1
+//
+// With --module FILE from the plug-in's PushVideo on.
+#include "bench/road/module_host.h"
 #include "bench/road/plain_socket.h"
 #include "bench/road/receiver.h"
 #include "bench/road/statistics.h"
@@ -22,6 +25,7 @@
 #include <csignal>
 #include <filesystem>
 #include <iostream>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -34,8 +38,8 @@ struct options
 {
     int width = 1920, height = 1080, rate = 60, viewers = 1;
     double seconds = 10;
-    std::string mount = "raw";
-    bool audio = true, apart = false, stop_one = false, stop_publisher = false, kill_publisher = false;
+    std::string mount = "raw", module;
+    bool audio = true, compare = true, apart = false, stop_one = false, stop_publisher = false, kill_publisher = false;
 };
 
 json publisher_status(std::string const& folder)
@@ -78,12 +82,18 @@ std::string address_of(json const& status, options const& o)
     return status["sources"][0]["url"].get<std::string>() + (o.mount == "raw" ? "/raw" : "");
 }
 
-// Sends pictures at the rate from a schedule of its own, as a host whose clock is steady.
+// Sends pictures at the rate from a schedule of its own, as a host whose clock is steady; sound too, unless the module
+// sends the pictures.
 class host
 {
   public:
     explicit host(options const& o) : o_(o), picture_(o.width, o.height)
     {
+        if (!o.module.empty()) {
+            module_.emplace(o.module, o.width, o.height, o.rate);
+            video_ = std::thread([this] { send_video(); });
+            return;
+        }
         SenderSettings const settings{"Quillo road benchmark", nullptr, true, true};
         sender_ = Quillolib_send_create(&settings);
         for (auto& buffer : buffers_)
@@ -99,7 +109,9 @@ class host
         video_.join();
         if (audio_.joinable())
             audio_.join();
-        Quillolib_send_destroy(sender_);
+        if (sender_)
+            Quillolib_send_destroy(sender_);
+        module_.reset();
     }
 
     std::atomic<bool> measuring{false};
@@ -133,25 +145,39 @@ class host
                 ++skipped_;
             while (monotonic_ns() < due(frame))
                 std::this_thread::sleep_for(std::chrono::nanoseconds(due(frame) - monotonic_ns()));
-            auto& buffer = buffers_[counter_ % 2];
-            double const waited_ms = timed(cpu, [&] { Quillolib_send_send_video(sender_, nullptr); });
-            ++counter_;
-            picture_.draw({counter_, 0}, buffer.data());
-            picture_.sign({counter_, monotonic_ns()}, buffer.data()); // from the send call on
-            SenderVideoFrame const record{o_.width,
-                                          o_.height,
-                                          SenderFourCC_UYVY,
-                                          o_.rate,
-                                          1,
-                                          static_cast<float>(o_.width) / static_cast<float>(o_.height),
-                                          FrameFormat_progressive,
-                                          frame * 10000000 / o_.rate,
-                                          buffer.data(),
-                                          o_.width * 2};
-            double const sent_ms = timed(cpu, [&] { Quillolib_send_send_video_async(sender_, &record); });
+            double const ms = module_ ? push(frame, cpu) : send(frame, cpu);
             if (measuring)
-                call_ms.push_back(waited_ms + sent_ms);
+                call_ms.push_back(ms);
         }
+    }
+
+    // What the module does with a frame, without the conversion.
+    double send(std::int64_t frame, double& cpu)
+    {
+        auto& buffer = buffers_[counter_ % 2];
+        double const waited_ms = timed(cpu, [&] { Quillolib_send_send_video(sender_, nullptr); });
+        ++counter_;
+        picture_.draw({counter_, 0}, buffer.data());
+        picture_.sign({counter_, monotonic_ns()}, buffer.data()); // from the send call on
+        SenderVideoFrame const record{o_.width,
+                                      o_.height,
+                                      SenderFourCC_UYVY,
+                                      o_.rate,
+                                      1,
+                                      static_cast<float>(o_.width) / static_cast<float>(o_.height),
+                                      FrameFormat_progressive,
+                                      frame * 10000000 / o_.rate,
+                                      buffer.data(),
+                                      o_.width * 2};
+        return waited_ms + timed(cpu, [&] { Quillolib_send_send_video_async(sender_, &record); });
+    }
+
+    double push(std::int64_t frame, double& cpu)
+    {
+        ++counter_;
+        module_->prepare(picture_, counter_);
+        module_->sign(picture_, {counter_, monotonic_ns()});
+        return timed(cpu, [&] { module_->push(frame); });
     }
 
     void send_audio()
@@ -167,6 +193,7 @@ class host
     options const o_;
     test_picture const picture_;
     SenderHandle sender_ = nullptr;
+    std::optional<module_host> module_;
     std::vector<std::uint8_t> buffers_[2];
     std::atomic<bool> running_{true};
     std::atomic<std::uint32_t> counter_{0};
@@ -199,7 +226,8 @@ receiver_process start_receiver(std::string const& url, options const& o, double
         auto const size = std::to_string(o.width) + "x" + std::to_string(o.height);
         auto const span = std::to_string(seconds), rate = std::to_string(o.rate);
         execl(self.c_str(), self.c_str(), judges ? "--receive" : "--count", url.c_str(), "--size", size.c_str(),
-              "--mount", o.mount.c_str(), "--rate", rate.c_str(), "--seconds", span.c_str(), nullptr);
+              "--mount", o.mount.c_str(), "--rate", rate.c_str(), "--seconds", span.c_str(),
+              o.compare ? nullptr : "--no-compare", nullptr);
         _exit(127);
     }
     close(ends[1]);
@@ -358,7 +386,10 @@ int main(int argc, char** argv)
     app.add_option("--seconds", o.seconds, "How long to watch");
     app.add_option("--mount", o.mount, "raw or default")->check(CLI::IsMember({"raw", "default"}));
     app.add_option("--viewers", o.viewers, "Receivers at once");
+    app.add_option("--module", o.module, "Push frames into this plug-in module, without sound")
+        ->check(CLI::ExistingFile);
     app.add_flag("!--no-audio", o.audio, "Send no sound");
+    app.add_flag("!--no-compare", o.compare, "Look at no more than the stamp of a picture");
     app.add_flag("--apart", o.apart,
                  "Receivers take only the processor time that is left, in place of being on other machines");
     app.add_flag("--stop-one", o.stop_one, "Stop one receiver (SIGSTOP) while measuring");
@@ -372,7 +403,7 @@ int main(int argc, char** argv)
         return 2;
     }
     if (!url.empty()) {
-        std::cout << receive(url, o.mount == "raw", o.width, o.height, o.seconds) << '\n';
+        std::cout << receive(url, {o.mount == "raw", o.compare}, o.width, o.height, o.seconds) << '\n';
         return 0;
     }
     if (!counted_url.empty()) {
