@@ -54,7 +54,7 @@ std::string settings(std::string const& element, int bits, int key_interval)
              << " multi-thread=2 slice-mode=n-slices num-slices=2";
     else if (element == "x264enc")
         text << "tune=zerolatency speed-preset=ultrafast bframes=0 bitrate=" << kbits << " key-int-max=" << key_interval
-             << " vbv-buf-capacity=500";
+             << " vbv-buf-capacity=500 qp-min=22";
     else if (element == "vtenc_h264")
         text << "realtime=true allow-frame-reordering=false bitrate=" << kbits
              << " max-keyframe-interval=" << key_interval;

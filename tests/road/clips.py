@@ -113,6 +113,7 @@ def watch(name, path, seconds, at_once, png):
             results = list(pool.map(lambda job: job[0](url + job[1], job[1], expected, seconds),
                                     [(by, mount) for mount in ("", "/raw") for by in (by_ffmpeg, by_gstreamer)]))
         if png:
+            os.makedirs(png, exist_ok=True)
             road.run(["ffmpeg", "-v", "error", "-y", "-rtsp_transport", "tcp", "-i", url + "/raw", "-frames:v", "1",
                       os.path.join(png, name + ".png")])
         player.communicate(b"quit\n", 20)
