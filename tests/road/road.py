@@ -229,12 +229,22 @@ def gstreamer_line(url, video, audio, protocols="tcp"):
             f"s. ! application/x-rtp,media=video ! {video} s. ! application/x-rtp,media=audio ! {audio}").split()
 
 
+def run_gstreamer(seconds, option, line, **kwargs):
+    """gst-launch-1.0 looks for a pad to link among all of rtspsrc's, without a lock, while another thread may add the next
+    one. It says so itself, the picture or the sound is missing then, and it is begun anew."""
+    for _ in range(3):
+        result = run(["timeout", "-s", "INT", str(seconds + 2), "gst-launch-1.0", option, *line], seconds + 60, **kwargs)
+        if b"gst_pad_get_parent_element: assertion" not in result.stderr:
+            break
+    return result
+
+
 def record_gstreamer(url, mount, seconds):
     """What GStreamer gives of both streams in so many seconds: the types that it found, and the times of each."""
     video, audio = (f"{decoder} ! fakesink name={name} silent=false sync=false async=false"
                     for decoder, name in zip(DECODERS[mount], ("video", "audio")))
-    result = run(["timeout", "-s", "INT", str(seconds + 2), "gst-launch-1.0", "-v", *gstreamer_line(url, video, audio)],
-                 seconds + 60, env={**os.environ, "GST_DEBUG": "GST_EVENT:4", "GST_DEBUG_NO_COLOR": "1"})
+    result = run_gstreamer(seconds, "-v", gstreamer_line(url, video, audio),
+                           env={**os.environ, "GST_DEBUG": "GST_EVENT:4", "GST_DEBUG_NO_COLOR": "1"})
     text, log = result.stdout.decode(errors="replace"), result.stderr.decode(errors="replace")
     types, times = {}, {}
     for name in ("video", "audio"):

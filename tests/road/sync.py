@@ -51,8 +51,7 @@ def by_gstreamer(url, mount, seconds, transport="tcp"):
     video, audio = road.DECODERS[mount]
     video += " ! videoconvert ! videoanalyse ! fakesink sync=false async=false"
     audio += " ! audioconvert ! level interval=1000000 ! fakesink sync=false async=false"
-    result = road.run(["timeout", "-s", "INT", str(seconds + 2), "gst-launch-1.0", "-m",
-                       *road.gstreamer_line(url, video, audio, transport)], seconds + 60)
+    result = road.run_gstreamer(seconds, "-m", road.gstreamer_line(url, video, audio, transport))
     text = result.stdout.decode(errors="replace")
     nanoseconds = r"running-time=\(guint64\)(\d+)"
     flashes = re.findall(rf"GstVideoAnalyse, .*?{nanoseconds}.*?luma-average=\(double\)([\d.e+-]+)", text)

@@ -52,6 +52,10 @@ rtsp_receiver::rtsp_receiver(std::string const& url, over transport, decode kind
                          static_cast<rtsp_receiver*>(self)->link(pad);
                      }),
                      this);
+    g_signal_connect(source_, "new-manager", G_CALLBACK(+[](GstElement*, GstElement* manager, gpointer self) {
+                         static_cast<rtsp_receiver*>(self)->count_reports(manager);
+                     }),
+                     this);
     g_signal_connect(source_, "on-sdp", G_CALLBACK(+[](GstElement*, GstSDPMessage* sdp, gpointer data) {
                          auto* const self = static_cast<rtsp_receiver*>(data);
                          string_ptr const text{gst_sdp_message_as_text(sdp)};
@@ -60,6 +64,30 @@ rtsp_receiver::rtsp_receiver(std::string const& url, over transport, decode kind
                          self->changed_.notify_all();
                      }),
                      this);
+}
+
+// A stream's times are set right at its first sender report, of which its jitterbuffer tells.
+void rtsp_receiver::count_reports(GstElement* manager)
+{
+    g_signal_connect(manager, "new-jitterbuffer",
+                     G_CALLBACK(+[](GstElement*, GstElement* stream, guint, guint, gpointer self) {
+                         g_signal_connect(stream, "handle-sync", G_CALLBACK(count_report), self);
+                     }),
+                     this);
+}
+
+void rtsp_receiver::count_report(GstElement* stream, GstStructure*, gpointer data)
+{
+    auto* const self = static_cast<rtsp_receiver*>(data);
+    std::lock_guard const lock{self->mutex_};
+    self->reported_.insert(stream);
+    self->changed_.notify_all();
+}
+
+bool rtsp_receiver::wait_for_reports(std::size_t streams, std::chrono::milliseconds limit)
+{
+    std::unique_lock lock{mutex_};
+    return changed_.wait_for(lock, limit, [&] { return reported_.size() >= streams; });
 }
 
 void rtsp_receiver::start() { gst_element_set_state(pipeline_.get(), GST_STATE_PLAYING); }
@@ -94,15 +122,15 @@ void rtsp_receiver::link(GstPad* pad)
         return;
     GstStructure const* const first = gst_caps_get_structure(caps.get(), 0);
     bool const video = std::string_view{gst_structure_get_string(first, "media")} == "video";
-    char const* const description = video ? (kind_ == decode::raw ? "rtpvrawdepay ! appsink name=out sync=false"
-                                                                  : "rtph264depay ! avdec_h264 ! appsink name=out "
-                                                                    "sync=false")
-                                          : (kind_ == decode::raw ? "rtpL24depay ! appsink name=out sync=false"
+    char const* const description = video ? (kind_ == decode::raw ? "rtpvrawdepay ! appsink name=out"
+                                                                  : "rtph264depay ! avdec_h264 ! appsink name=out")
+                                          : (kind_ == decode::raw ? "rtpL24depay ! appsink name=out"
                                                                   : "rtpopusdepay ! opusdec ! audioconvert ! "
-                                                                    "audio/x-raw,format=S16LE ! appsink name=out "
-                                                                    "sync=false");
+                                                                    "audio/x-raw,format=S16LE ! appsink name=out");
     GstElement* const bin = gst_parse_bin_from_description(description, TRUE, nullptr);
     auto const out = adopt<element_ptr>(gst_bin_get_by_name(GST_BIN(bin), "out"));
+    // Without preroll: a sink that is added while another one's preroll sets the pipeline back may be left waiting.
+    g_object_set(out.get(), "sync", FALSE, "async", FALSE, nullptr);
     GstAppSinkCallbacks callbacks{};
     using taker = GstFlowReturn (*)(GstAppSink*, gpointer);
     callbacks.new_sample = video ? static_cast<taker>([](GstAppSink* sink, gpointer self) {
