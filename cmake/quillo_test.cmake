@@ -1,4 +1,5 @@
-# quillo_test(NAME area_name SOURCES ... LIBRARIES ... [LABELS ...]): one GoogleTest program, its cases known to CTest.
+# quillo_test(NAME area_name SOURCES ... LIBRARIES ... [LABELS ...] [PARTS n]): one GoogleTest program, its cases known to
+# CTest; or, of one whose many cases each take less than a process does, so many parts of them.
 # Labels with a meaning: threads, memory: run under the thread sanitizer, under the address sanitizer, by ./check too;
 # timed: measures times, so that nothing else runs beside it.
 include(GoogleTest)
@@ -28,7 +29,7 @@ if(QUILLO_PRECOMPILE)
 endif()
 
 function(quillo_test)
-  cmake_parse_arguments(arg "" "NAME" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+  cmake_parse_arguments(arg "" "NAME;PARTS" "SOURCES;LIBRARIES;LABELS" ${ARGN})
   add_executable(${arg_NAME} ${arg_SOURCES})
   target_link_libraries(${arg_NAME} PRIVATE ${arg_LIBRARIES} GTest::gmock GTest::gtest GTest::gtest_main)
   quillo_test_options(${arg_NAME})
@@ -41,8 +42,18 @@ function(quillo_test)
     list(APPEND properties RUN_SERIAL TRUE)
   endif()
   list(JOIN arg_LABELS " " labels) # it takes one; ctest -L looks for parts of it
-  gtest_discover_tests(${arg_NAME} TEST_PREFIX "${arg_NAME}." DISCOVERY_TIMEOUT 60
-    PROPERTIES ${properties} LABELS "${labels}")
+  if(arg_PARTS)
+    foreach(part RANGE 1 ${arg_PARTS})
+      math(EXPR index "${part} - 1")
+      set(name ${arg_NAME}.part_${part}_of_${arg_PARTS})
+      add_test(NAME ${name} COMMAND ${arg_NAME} --gtest_brief=1)
+      set_tests_properties(${name} PROPERTIES ${properties} LABELS "${labels}"
+        ENVIRONMENT "GTEST_TOTAL_SHARDS=${arg_PARTS};GTEST_SHARD_INDEX=${index}")
+    endforeach()
+  else()
+    gtest_discover_tests(${arg_NAME} TEST_PREFIX "${arg_NAME}." DISCOVERY_TIMEOUT 60
+      PROPERTIES ${properties} LABELS "${labels}")
+  endif()
   foreach(label IN LISTS arg_LABELS)
     if(TARGET check_${label})
       add_dependencies(check_${label} ${arg_NAME})

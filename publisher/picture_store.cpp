@@ -80,13 +80,12 @@ void picture_store::clear()
 }
 
 // Not copied: the slot itself, for as long as anybody has the picture.
-buffer_ptr picture_store::in_place(sent_picture const& sent, picture_format const& shape) const
+buffer_ptr picture_store::in_place(sent_picture const& sent) const
 {
     auto const bytes = static_cast<std::size_t>(sent.format.width) * static_cast<std::size_t>(sent.format.height) * 2;
-    bool const same = format_.layout == fill::uyvy && shape.layout == fill::uyvy && shape.width == format_.width &&
-                      shape.height == format_.height && sent.format.width == format_.width &&
-                      GST_VIDEO_INFO_SIZE(&fills_.info()) == bytes;
-    if (!sent.loan || !same)
+    // An odd width or a padded row makes another size of it.
+    if (!sent.loan || format_.layout != fill::uyvy || sent.format.width != format_.width ||
+        GST_VIDEO_INFO_SIZE(&fills_.info()) != bytes)
         return nullptr;
     return adopt<buffer_ptr>(gst_buffer_new_wrapped_full(
         GST_MEMORY_FLAG_READONLY, const_cast<unsigned char*>(sent.data), bytes, 0, bytes, new auto(sent.loan),
@@ -95,13 +94,14 @@ buffer_ptr picture_store::in_place(sent_picture const& sent, picture_format cons
 
 buffer_ptr picture_store::take(sent_picture const& sent, picture_format const& shape)
 {
-    if (auto as_sent = in_place(sent, shape))
-        return as_sent;
+    bool const as_announced =
+        shape.width == format_.width && shape.height == format_.height && shape.layout == format_.layout;
+    if (as_announced)
+        if (auto as_sent = in_place(sent))
+            return as_sent;
     auto buffer = fills_.blank();
     if (!buffer)
         return nullptr;
-    bool const as_announced =
-        shape.width == format_.width && shape.height == format_.height && shape.layout == format_.layout;
     bool const good = as_announced
                           ? copy_into(buffer.get(), fills_.info(), sent, shape, copy_fill)
                           : convert_into(buffer.get(), fills_.info(), sent, shape, picture_info(shape), copy_fill);

@@ -1,4 +1,4 @@
-// The publisher's own pictures of one source: copies out of the sender's slots, black, and conversions.
+// The publisher's own pictures of one source: in the sender's slots or copied out of them, black, and conversions.
 #pragma once
 
 #include "publisher/formats.h"
@@ -31,7 +31,7 @@ class picture_store
     void clear();
 
   private:
-    buffer_ptr in_place(sent_picture const& sent, picture_format const& shape) const;
+    buffer_ptr in_place(sent_picture const& sent) const;
 
     picture_format format_;
     bool has_format_ = false;

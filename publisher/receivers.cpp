@@ -26,7 +26,7 @@ constexpr std::uint64_t least_progress = 16384;
 // little.
 constexpr std::chrono::milliseconds report_interval{5000};
 constexpr std::chrono::milliseconds report_interval_at_first{500}; // of which the first report takes at most half
-constexpr std::chrono::seconds at_first{2};
+constexpr std::chrono::milliseconds at_first{500};
 constexpr std::chrono::milliseconds report_within{100};
 
 struct tcp_state
@@ -213,6 +213,8 @@ void receiver::report_often(bool often)
             return;
         auto const held = adopt<object_ptr<GObject>>(session);
         g_object_set(session, "rtcp-min-interval", ns(often ? report_interval_at_first : report_interval), nullptr);
+        if (!often)
+            continue;
         // Else the interval begins to count with the next report.
         gboolean will = FALSE;
         g_signal_emit_by_name(session, "send-rtcp-full", ns(report_within), &will);

@@ -6,9 +6,6 @@ namespace quillo::bench {
 
 namespace {
 
-// Pictures as different as the test picture has; a frame keeps the one that was drawn into it.
-constexpr std::uint32_t variants = 4;
-
 // Both pixels of a pair get its chroma, so that the way back gives the same bytes.
 void expand(std::uint8_t const* uyvy, std::uint8_t* vuya, int pixels)
 {
@@ -42,7 +39,8 @@ module_host::module_host(std::filesystem::path const& file, int width, int heigh
 
 void module_host::prepare(test_picture const& picture, std::uint32_t counter)
 {
-    std::uint64_t const wanted = counter % variants + 1;
+    // A frame keeps the picture that was drawn into it.
+    std::uint64_t const wanted = counter % test_picture::variants + 1;
     std::vector<std::unique_ptr<stand_in::host_frame>> others;
     while (!next_) {
         auto frame = state_.frames.take(video_, stand_in::pixel_layout::vuya);

@@ -31,8 +31,7 @@ void draw_stamp_row(std::uint32_t word, std::uint8_t* row)
 test_picture::test_picture(int width, int height) : width_(width), height_(height)
 {
     std::uint32_t noise = 1;
-    for (int variant = 0; variant < 4; ++variant) {
-        auto& picture = variants_[static_cast<std::size_t>(variant)];
+    for (int variant = 0; auto& picture : variants_) {
         picture.resize(static_cast<std::size_t>(width) * height * 2);
         for (int y = 0; y < height; ++y)
             for (int x = 0; x < width; ++x) {
@@ -43,12 +42,13 @@ test_picture::test_picture(int width, int height) : width_(width), height_(heigh
                 pixel[1] =
                     static_cast<std::uint8_t>((block ? 180 : 40 + (x + variant * 8) * 120 / width) + (noise >> 30));
             }
+        ++variant;
     }
 }
 
 void test_picture::draw(stamp const& s, std::uint8_t* dst) const
 {
-    auto const& picture = variants_[s.counter % 4];
+    auto const& picture = variants_[s.counter % variants];
     std::memcpy(dst, picture.data(), picture.size());
     sign(s, dst);
 }
@@ -64,7 +64,7 @@ void test_picture::sign(stamp const& s, std::uint8_t* dst) const
 bool test_picture::equals(stamp const& s, std::uint8_t const* picture) const
 {
     std::size_t const stride = static_cast<std::size_t>(width_) * 2;
-    auto const& expected = variants_[s.counter % 4];
+    auto const& expected = variants_[s.counter % variants];
     auto const words = words_of(s);
     std::array<std::uint8_t, stamp_width * 2> stamped;
     for (int y = 0; y < stamp_rows; ++y) {

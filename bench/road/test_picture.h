@@ -22,6 +22,8 @@ struct stamp
 class test_picture
 {
   public:
+    static constexpr std::uint32_t variants = 4; // by the counter
+
     test_picture(int width, int height);
 
     // Fills dst (width x height x 2 bytes) with the picture of this stamp.
@@ -36,7 +38,7 @@ class test_picture
   private:
     int width_;
     int height_;
-    std::array<std::vector<std::uint8_t>, 4> variants_;
+    std::array<std::vector<std::uint8_t>, variants> variants_;
 };
 
 // Reads the stamp from luma: first byte, bytes from pixel to pixel, bytes from row to row.

@@ -16,13 +16,13 @@ void mailbox::take_back()
 
 void mailbox::take_back(std::unique_lock<std::mutex>& guard)
 {
-    if ((held_stage == stage::copying || begin_copy()) && help(guard))
+    if ((running || begin_copy()) && help(guard))
         wake();
-    copy_ended.wait(guard, [&] { return !held || held_stage != stage::copying; });
+    copy_ended.wait(guard, [&] { return !running; });
     if (!held)
         return;
 
-    if (wants_video && !held_before_watching && held_stage == stage::fresh) {
+    if (wants_video && !held_before_watching && to_copy) {
         bool const has_room = pool && held->what.bytes() <= pool->slot_bytes();
         ++(has_room ? counts.video_no_slot : counts.video_replaced);
     }
@@ -31,12 +31,12 @@ void mailbox::take_back(std::unique_lock<std::mutex>& guard)
 
 bool mailbox::begin_copy()
 {
-    if (!wants_video || !held || held_stage != stage::fresh || !pool || held->what.bytes() > pool->slot_bytes())
+    if (!wants_video || !held || !to_copy || !pool || held->what.bytes() > pool->slot_bytes())
         return false;
     auto const slot = pool->take();
     if (!slot)
         return false;
-    held_stage = stage::copying;
+    to_copy = false;
     running.emplace(copied{*held, held_before_watching, *slot}, pool);
     return true;
 }
@@ -51,7 +51,6 @@ bool mailbox::help(std::unique_lock<std::mutex>& guard)
     if (--copy.workers > 0)
         return false;
 
-    held_stage = stage::done;
     held_before_watching = false;
     if (pool == copy.into)
         copies[copy.made.slot] = copy.made;
@@ -67,7 +66,7 @@ void mailbox::hold(picture const& what, std::int64_t timecode_100ns, std::int64_
     std::unique_lock guard{lock};
     take_back(guard);
     held = {what, timecode_100ns, sent_ns, counts.video_sends++};
-    held_stage = stage::fresh;
+    to_copy = true;
     held_before_watching = !wants_video;
 
     bool const new_format = seen.video != what.format;
@@ -173,8 +172,8 @@ void mailbox::count_audio_late()
 void mailbox::set_wants(bool video, bool audio)
 {
     std::lock_guard const guard{lock};
-    if (video && !wants_video && held_stage != stage::copying) {
-        held_stage = stage::fresh;
+    if (video && !wants_video && !running) {
+        to_copy = true;
         held_before_watching = held.has_value();
     }
     wants_video = video;
@@ -204,7 +203,7 @@ void mailbox::give_back(std::uint32_t slot)
 std::optional<std::size_t> mailbox::waiting_bytes() const
 {
     std::lock_guard const guard{lock};
-    if (!wants_video || !held || held_stage != stage::fresh)
+    if (!wants_video || !held || !to_copy)
         return {};
     return held->what.bytes();
 }

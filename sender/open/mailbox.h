@@ -101,12 +101,6 @@ class mailbox
     std::vector<std::string> first_refusals();
 
   private:
-    enum class stage {
-        fresh, // to be copied when wanted
-        copying,
-        done
-    };
-
     struct running_copy
     {
         running_copy(copied const& copy, std::shared_ptr<slot_pool> slots)
@@ -134,8 +128,8 @@ class mailbox
 
     // all of it guarded by lock
     std::optional<held_picture> held;
-    stage held_stage = stage::done;
-    std::optional<running_copy> running; // of the picture held, in the stage of copying
+    bool to_copy = false; // the picture held, when wanted
+    std::optional<running_copy> running; // of the picture held
     bool held_before_watching = false;
     std::shared_ptr<slot_pool> pool;
     std::array<std::optional<copied>, slot_pool::slots> copies; // by slot

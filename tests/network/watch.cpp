@@ -47,13 +47,14 @@ class connection
         say("open");
         std::string const text =
             "rtspsrc name=s latency=200 protocols=" + transport +
-            " s. ! application/x-rtp,media=video ! rtph264depay ! avdec_h264 max-threads=1 ! video/x-raw,format=I420"
-            " ! appsink name=video sync=false"
-            " s. ! application/x-rtp,media=audio ! rtpopusdepay ! opusdec ! audioconvert ! audioresample"
-            " ! audio/x-raw,format=S16LE,channels=1,rate=48000 ! appsink name=audio sync=false";
+            " rtph264depay name=video_in ! avdec_h264 max-threads=1 ! video/x-raw,format=I420"
+            " ! appsink name=video sync=false async=false"
+            " rtpopusdepay name=audio_in ! opusdec ! audioconvert ! audioresample"
+            " ! audio/x-raw,format=S16LE,channels=1,rate=48000 ! appsink name=audio sync=false async=false";
         pipeline_ = adopt<quillo::element_ptr>(gst_parse_launch(text.c_str(), nullptr));
         auto const source = adopt<quillo::element_ptr>(gst_bin_get_by_name(GST_BIN(pipeline_.get()), "s"));
         g_object_set(source.get(), "location", url.c_str(), nullptr);
+        g_signal_connect(source.get(), "pad-added", G_CALLBACK(link), pipeline_.get());
         listen("video", [](GstSample* sample, connection* self) { self->picture(sample); });
         listen("audio", [](GstSample* sample, connection* self) { self->sound(sample); });
         gst_element_set_state(pipeline_.get(), GST_STATE_PLAYING);
@@ -75,6 +76,17 @@ class connection
     }
 
   private:
+    static void link(GstElement*, GstPad* pad, gpointer pipeline)
+    {
+        auto const caps = adopt<quillo::caps_ptr>(gst_pad_get_current_caps(pad));
+        if (!caps)
+            return;
+        std::string const media = gst_structure_get_string(gst_caps_get_structure(caps.get(), 0), "media");
+        auto const to = adopt<quillo::element_ptr>(gst_bin_get_by_name(GST_BIN(pipeline), (media + "_in").c_str()));
+        auto const sink = adopt<quillo::pad_ptr>(gst_element_get_static_pad(to.get(), "sink"));
+        gst_pad_link(pad, sink.get());
+    }
+
     using taker = void (*)(GstSample*, connection*);
 
     void listen(char const* name, taker take)

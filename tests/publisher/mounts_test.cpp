@@ -269,6 +269,38 @@ TEST_F(mounts, who_comes_before_the_formats_gets_what_is_announced)
     EXPECT_FALSE(receiver->wait_for_end(0ms));
 }
 
+class nobody_in_particular : public publisher::listener
+{
+    void format(publisher::picture_format const&, publisher::sound_format const&) override {}
+    void picture(GstBuffer*) override {}
+    void sound(publisher::placed_sound const&) override {}
+    void ended() override {}
+};
+
+// What a source had to show is gone with its last viewer; a host that rests shows its picture again when it hears so.
+TEST_F(mounts, sender_hears_of_somebody_who_comes_as_the_last_one_goes)
+{
+    protocol_sender sender{publisher_.socket()};
+    sender.hello("Adobe Premiere Pro", 1);
+    ASSERT_TRUE(sender.receive(protocol::message::welcome));
+    auto const served = publisher_.everything.find("adobe-premiere-pro");
+    ASSERT_TRUE(served);
+    nobody_in_particular one, other;
+    served->from->add(one);
+    EXPECT_TRUE(sender.wait_for_wants(true));
+    for (int times = 0; times < 5; ++times) {
+        served->from->remove(one);
+        served->from->add(other);
+        EXPECT_TRUE(sender.wait_for_wants(false));
+        EXPECT_TRUE(sender.wait_for_wants(true));
+        served->from->remove(other);
+        served->from->add(one);
+        EXPECT_TRUE(sender.wait_for_wants(false));
+        EXPECT_TRUE(sender.wait_for_wants(true));
+    }
+    served->from->remove(one);
+}
+
 TEST_F(mounts, who_waits_for_a_description_is_not_left_waiting_when_sound_changes)
 {
     protocol_sender sender{publisher_.socket()};

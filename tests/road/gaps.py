@@ -104,6 +104,9 @@ class Stage:
         self.receivers = [Receiver(kind, self.url, self.mount, transport)
                           for kind in ("ffmpeg", "GStreamer") for transport in transports]
         for one in self.receivers:
+            if not one.wait(0, PATIENCE / 2):
+                one.stop()  # gst-launch-1.0 may stumble over two pads at once (road.run_gstreamer)
+                one.start()
             if not one.wait(0, PATIENCE):
                 raise road.RoadError(f"{one.name} sees nothing of {self.url}{self.mount}")
         time.sleep(SETTLED)
