@@ -128,7 +128,7 @@ class mailbox
 
     // all of it guarded by lock
     std::optional<held_picture> held;
-    bool to_copy = false; // the picture held, when wanted
+    bool to_copy = false;                // the picture held, when wanted
     std::optional<running_copy> running; // of the picture held
     bool held_before_watching = false;
     std::shared_ptr<slot_pool> pool;
