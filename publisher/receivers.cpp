@@ -21,13 +21,11 @@ constexpr std::size_t max_paths = 256;
 // The sound alone is ten times as much.
 constexpr std::uint64_t least_progress = 16384;
 
-// Receivers set sound, picture and key right by sender reports, and by nothing else: at the beginning and when the
-// network has just changed they come often. Otherwise as a rule, since each may move the times of the sound by a
-// little.
+// Receivers set sound and picture right by sender reports, and by nothing else: when the network has just changed they
+// come often. Otherwise as a rule, since each may move the times of the sound by a little.
 constexpr std::chrono::milliseconds report_interval{5000};
-constexpr std::chrono::milliseconds report_interval_at_first{500}; // of which the first report takes at most half
-constexpr std::chrono::milliseconds at_first{500};
-constexpr std::chrono::milliseconds report_within{100};
+constexpr std::chrono::milliseconds report_interval_after_change{500};
+constexpr std::chrono::milliseconds first_report_within{100};
 
 struct tcp_state
 {
@@ -164,16 +162,14 @@ void receiver::check_progress(GstRTSPClient* client, steady::duration limit)
 {
     auto const state = tcp_state_of(socket_.get());
     auto const now = steady::now();
-    bool report = now - playing_since_ < at_first;
     if (state && transport() == "TCP") {
-        report |= network_.recent(now, frames_dropped,
-                                  is_loopback(address()) ? std::nullopt : std::optional{state->round_trip});
+        report_often(network_.recent(now, frames_dropped,
+                                     is_loopback(address()) ? std::nullopt : std::optional{state->round_trip}));
         if (auto const why = slowness_.look(
                 {now, frames_sent, frames_dropped, state->acknowledged, state->busy, state->waits_for_reader},
                 mount() == "default"))
             log::warning(path(), ' ', mount(), ": ", address(), " (", agent(), ") ", *why);
     }
-    report_often(report);
     if (!state || !state->data_waits || state->acknowledged >= acknowledged_ + least_progress) {
         acknowledged_ = state ? state->acknowledged : 0;
         waited_for_reader_ = state ? state->waits_for_reader : std::chrono::microseconds{};
@@ -191,12 +187,6 @@ void receiver::check_progress(GstRTSPClient* client, steady::duration limit)
     }
 }
 
-void receiver::begin()
-{
-    playing_since_ = steady::now();
-    report_often(true);
-}
-
 void receiver::report_often(bool often)
 {
     std::unique_lock lock{mutex_};
@@ -212,12 +202,10 @@ void receiver::report_often(bool often)
         if (!session)
             return;
         auto const held = adopt<object_ptr<GObject>>(session);
-        g_object_set(session, "rtcp-min-interval", ns(often ? report_interval_at_first : report_interval), nullptr);
-        if (!often)
-            continue;
+        g_object_set(session, "rtcp-min-interval", ns(often ? report_interval_after_change : report_interval), nullptr);
         // Else the interval begins to count with the next report.
         gboolean will = FALSE;
-        g_signal_emit_by_name(session, "send-rtcp-full", ns(report_within), &will);
+        g_signal_emit_by_name(session, "send-rtcp-full", ns(first_report_within), &will);
     }
 }
 

@@ -44,10 +44,6 @@ class receiver : public std::enable_shared_from_this<receiver>
     // Ends the connection, on its own thread: gst-rtsp-server bears no other. The earliest of several calls counts.
     void end(std::chrono::milliseconds from_now);
 
-    // It plays, on the thread of its connection. Soon it hears how its streams belong together; until then it takes
-    // what came first of each for simultaneous.
-    void begin();
-
     // To be called about once a second; does its work on that thread too. Tells of a slow one, keeps sound and picture
     // together where the network changed, and ends who acknowledged next to nothing of what waits for it for so long.
     void look_after(steady::duration limit);
@@ -82,7 +78,6 @@ class receiver : public std::enable_shared_from_this<receiver>
     steady::time_point last_progress_ = steady::now();
     slow_receiver slowness_;
     network_change network_;
-    steady::time_point playing_since_{};
     bool reports_often_ = false;
 };
 

@@ -44,7 +44,6 @@ void on_play(GstRTSPClient*, GstRTSPContext* request, gpointer)
     log::info(who->who().path(), ' ', who->who().mount(), ": ", who->who().address(), " watches over ",
               who->who().transport(), " (", who->who().agent(), ')');
     who->play();
-    who->who().begin();
 }
 
 GstRTSPStatusCode refuse_when_full(GstRTSPClient* client, GstRTSPContext* request, gpointer)

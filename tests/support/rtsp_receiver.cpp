@@ -52,10 +52,6 @@ rtsp_receiver::rtsp_receiver(std::string const& url, over transport, decode kind
                          static_cast<rtsp_receiver*>(self)->link(pad);
                      }),
                      this);
-    g_signal_connect(source_, "new-manager", G_CALLBACK(+[](GstElement*, GstElement* manager, gpointer self) {
-                         static_cast<rtsp_receiver*>(self)->count_reports(manager);
-                     }),
-                     this);
     g_signal_connect(source_, "on-sdp", G_CALLBACK(+[](GstElement*, GstSDPMessage* sdp, gpointer data) {
                          auto* const self = static_cast<rtsp_receiver*>(data);
                          string_ptr const text{gst_sdp_message_as_text(sdp)};
@@ -64,30 +60,6 @@ rtsp_receiver::rtsp_receiver(std::string const& url, over transport, decode kind
                          self->changed_.notify_all();
                      }),
                      this);
-}
-
-// A stream's times are set right at its first sender report, of which its jitterbuffer tells.
-void rtsp_receiver::count_reports(GstElement* manager)
-{
-    g_signal_connect(manager, "new-jitterbuffer",
-                     G_CALLBACK(+[](GstElement*, GstElement* stream, guint, guint, gpointer self) {
-                         g_signal_connect(stream, "handle-sync", G_CALLBACK(count_report), self);
-                     }),
-                     this);
-}
-
-void rtsp_receiver::count_report(GstElement* stream, GstStructure*, gpointer data)
-{
-    auto* const self = static_cast<rtsp_receiver*>(data);
-    std::lock_guard const lock{self->mutex_};
-    self->reported_.insert(stream);
-    self->changed_.notify_all();
-}
-
-bool rtsp_receiver::wait_for_reports(std::size_t streams, std::chrono::milliseconds limit)
-{
-    std::unique_lock lock{mutex_};
-    return changed_.wait_for(lock, limit, [&] { return reported_.size() >= streams; });
 }
 
 void rtsp_receiver::start() { gst_element_set_state(pipeline_.get(), GST_STATE_PLAYING); }

@@ -9,7 +9,6 @@
 #include <functional>
 #include <mutex>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -47,8 +46,6 @@ class rtsp_receiver
                                             std::chrono::milliseconds limit = 20s);
     // Waits until so much sound has come, and takes it.
     std::vector<unsigned char> wait_for_sound(std::size_t bytes, std::chrono::milliseconds limit = 20s);
-    // Until so many streams have had a sender report.
-    bool wait_for_reports(std::size_t streams, std::chrono::milliseconds limit);
     // The connection ended, in order or with an error.
     bool wait_for_end(std::chrono::milliseconds limit = 20s);
 
@@ -63,8 +60,6 @@ class rtsp_receiver
 
   private:
     void link(GstPad* pad);
-    void count_reports(GstElement* manager);
-    static void count_report(GstElement* stream, GstStructure*, gpointer self);
     void take_picture(GstSample* sample, int payload);
     void take_sound(GstSample* sample);
 
@@ -80,7 +75,6 @@ class rtsp_receiver
     std::string sound_caps_;
     std::string sdp_;
     std::size_t pictures_ = 0;
-    std::set<GstElement*> reported_;
 };
 
 } // namespace quillo::testing
