@@ -153,20 +153,20 @@ TEST_F(connection, a_slot_goes_back_when_the_last_holder_of_its_picture_is_gone)
 }
 
 // Whoever holds pictures for long must not keep the sender from going on.
-TEST_F(connection, three_slots_are_always_left_to_the_sender)
+TEST_F(connection, eight_slots_are_always_left_to_the_sender)
 {
     greet();
     events->keeps = true;
     for (std::uint64_t number = 0; number < 8; ++number) {
         peer_.video(small, noise_picture(small, number), 0);
         take();
-        bool const lent = number < peer_.pool.slots - 3;
+        bool const lent = number < peer_.pool.slots - 8;
         EXPECT_EQ(events->loans.back() != nullptr, lent) << number;
         EXPECT_EQ(peer_.wait_for_release(lent ? 50ms : 3000ms), !lent) << number;
     }
     events->loans.clear();
     EXPECT_TRUE(channel_.give_slots_back());
-    for (std::uint32_t slot = 0; slot < peer_.pool.slots - 3; ++slot)
+    for (std::uint32_t slot = 0; slot < peer_.pool.slots - 8; ++slot)
         EXPECT_TRUE(peer_.wait_for_release());
     peer_.video(small, noise_picture(small, 8), 0);
     take();
@@ -376,7 +376,7 @@ TEST_F(connection, pools_out_of_range_are_refused)
     greet();
     auto const memory = picture_memory(4 * 4096);
     for (auto const& pool : {protocol::pool_body{1, 0, 4096},
-                             {1, 9, 4096},
+                             {1, 17, 4096},
                              {1, 1, 0},
                              {1, 1, 4095},
                              {1, 1, 6000},

@@ -17,7 +17,7 @@ namespace quillo::testing {
 
 namespace {
 
-constexpr std::uint32_t slots = 7;
+constexpr std::uint32_t slots = 12;
 
 std::int64_t now_ns()
 {

@@ -8,7 +8,7 @@ using record = fake_publisher::record;
 
 namespace {
 
-constexpr std::size_t slots = 7;
+constexpr std::size_t slots = 12;
 
 void send(sender_ptr const& sender, test_frame const& frame)
 {
