@@ -2,6 +2,7 @@
 
 #include "publisher/log.h"
 #include "publisher/sdp.h"
+#include "publisher/unit_queue.h"
 
 #include <gst/app/gstappsrc.h>
 
@@ -14,8 +15,8 @@ namespace {
 
 constexpr char const* mount_name = "default";
 constexpr GstClockTime longest_queue = 500 * GST_MSECOND;
-constexpr GstClockTime short_queue = 100 * GST_MSECOND; // good to go on from
-constexpr GstClockTime packet_time = 10 * GST_MSECOND;  // of Opus
+constexpr GstClockTime short_queue = 100 * GST_MSECOND;
+constexpr GstClockTime packet_time = 10 * GST_MSECOND; // of Opus
 constexpr std::size_t most_early = 100;
 
 GstClockTime time_of(GstSample* sample) { return GST_BUFFER_PTS(gst_sample_get_buffer(sample)); }
@@ -41,13 +42,11 @@ class h264_viewer : public viewer, encoded_viewer
     void opus_packet(GstSample* packet) override;
     void ended() override;
 
-    GstClockTime queued() const { return gst_app_src_get_current_level_time(GST_APP_SRC(video_in_.get())); }
+    void begin_sound();
 
     std::shared_ptr<encoded_mount> const mount_;
     std::atomic<bool> attached_{false};
-    std::atomic<bool> need_key_{true};
-    void begin_sound();
-
+    unit_queue units_{longest_queue, short_queue};
     std::atomic<bool> first_unit_{false};
     GstClockTime begin_ = 0; // of the first unit
     bool first_packet_ = false;
@@ -81,7 +80,7 @@ void h264_viewer::stop()
 
 void h264_viewer::play()
 {
-    need_key_ = true;
+    units_.wait_for_key();
     who_->playing = true;
     mount_->request_key_frame();
 }
@@ -103,16 +102,7 @@ void h264_viewer::access_unit(GstSample* unit, bool key)
         }
         return;
     }
-    bool const too_slow = queued() > longest_queue;
-    if (too_slow || (need_key_ && (!key || queued() > short_queue))) {
-        need_key_ = true;
-        if (who_->frames_sent > 0)
-            ++who_->frames_dropped;
-        return;
-    }
-    need_key_ = false;
-    gst_app_src_push_sample(in, unit);
-    ++who_->frames_sent;
+    units_.push(in, unit, key, *who_);
 }
 
 void h264_viewer::opus_packet(GstSample* packet)

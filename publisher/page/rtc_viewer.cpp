@@ -2,7 +2,6 @@
 
 #include "publisher/log.h"
 
-#include <gst/app/gstappsrc.h>
 #define GST_USE_UNSTABLE_API
 #include <gst/webrtc/webrtc.h>
 
@@ -13,7 +12,6 @@ namespace quillo::publisher {
 
 namespace {
 
-constexpr GstClockTime longest_queue = 200 * GST_MSECOND;
 constexpr std::chrono::milliseconds between_keys{250};
 
 // The payload type behind the picture's is what webrtcbin takes for repeated packets: sound keeps away from it.
@@ -212,16 +210,8 @@ void rtc_viewer::access_unit(GstSample* unit, bool key)
 {
     if (!connected_)
         return;
-    GstAppSrc* const in = GST_APP_SRC(video_in_.get());
-    if ((need_key_ && !key) || gst_app_src_get_current_level_time(in) > longest_queue) {
-        need_key_ = true;
-        if (who_->frames_sent > 0)
-            ++who_->frames_dropped;
+    if (!units_.push(GST_APP_SRC(video_in_.get()), unit, key, *who_))
         return;
-    }
-    need_key_ = false;
-    gst_app_src_push_sample(in, unit);
-    ++who_->frames_sent;
     auto const since = monotonic_ns() - static_cast<std::int64_t>(GST_BUFFER_PTS(gst_sample_get_buffer(unit)));
     double const ms = static_cast<double>(since) / 1e6;
     double const before = delay_ms_;

@@ -5,6 +5,7 @@
 #include "publisher/encoded_feed.h"
 #include "publisher/page/loop_thread.h"
 #include "publisher/publisher.h"
+#include "publisher/unit_queue.h"
 
 #include <functional>
 #include <limits>
@@ -55,6 +56,8 @@ class rtc_viewer : public std::enable_shared_from_this<rtc_viewer>, encoded_view
     void key_wanted();
     void on_loop(void (rtc_viewer::*f)());
 
+    static constexpr GstClockTime longest_queue = 200 * GST_MSECOND;
+
     int const id_;
     loop_thread& loop_;
     served_source const what_;
@@ -70,7 +73,7 @@ class rtc_viewer : public std::enable_shared_from_this<rtc_viewer>, encoded_view
     steady::time_point last_key_{};
 
     std::atomic<bool> connected_{false};
-    std::atomic<bool> need_key_{true};
+    unit_queue units_{longest_queue, longest_queue};
     std::atomic<double> delay_ms_{std::numeric_limits<double>::quiet_NaN()}; // no picture yet
 };
 
