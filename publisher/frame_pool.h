@@ -20,7 +20,7 @@ class frame_pool
     // With whatever was in it. Null when there is no memory.
     buffer_ptr blank();
 
-    // Gives the memory back.
+    // Gives the memory back: at once, or once the last frame that is out has come back.
     void clear();
 
   private:
