@@ -8,6 +8,16 @@
 
 namespace quillo::publisher {
 
+namespace {
+
+bool is_stale(stale_items& items, GstSample* sample)
+{
+    auto const now = std::chrono::steady_clock::now().time_since_epoch();
+    return items.is_stale(now - std::chrono::nanoseconds{GST_BUFFER_PTS(gst_sample_get_buffer(sample))}, now);
+}
+
+} // namespace
+
 void encoded_feed::add(encoded_viewer& viewer)
 {
     std::lock_guard const lock{viewers_mutex_};
@@ -68,7 +78,7 @@ void encoded_feed::picture(GstBuffer* fill)
     if (!video_)
         return;
     // By the clock: encoders count pictures, of which a resting host has few.
-    if (std::chrono::steady_clock::now() - last_forced_ >= key_frame_interval)
+    if (key_frame_wanted_.exchange(false) || std::chrono::steady_clock::now() - last_forced_ >= key_frame_interval)
         force_key_frame();
     if (video_->push(fill) == pushed::in_place_of_another)
         ++dropped_;
@@ -94,6 +104,15 @@ void encoded_feed::distribute_unit(GstSample* unit, picture_format const& pictur
 {
     GstBuffer* const buffer = gst_sample_get_buffer(unit);
     bool const key = !GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_DELTA_UNIT);
+    bool const stale = is_stale(stale_units_, unit);
+    if (stale)
+        key_frame_wanted_ = true;
+    // Without this picture those that build on it are worth nothing.
+    without_reference_ = stale || (without_reference_ && !key);
+    if (without_reference_) {
+        ++dropped_;
+        return;
+    }
     sample_ptr signalled;
     if (key)
         signalled = adopt<sample_ptr>(
@@ -105,6 +124,8 @@ void encoded_feed::distribute_unit(GstSample* unit, picture_format const& pictur
 
 void encoded_feed::distribute_packet(GstSample* packet)
 {
+    if (is_stale(stale_packets_, packet))
+        return;
     std::lock_guard const lock{viewers_mutex_};
     for (auto* const viewer : viewers_)
         viewer->opus_packet(packet);

@@ -4,6 +4,7 @@
 #include "publisher/encoder.h"
 #include "publisher/listener.h"
 #include "publisher/pipeline.h"
+#include "publisher/stale.h"
 
 #include <atomic>
 #include <chrono>
@@ -37,7 +38,7 @@ class encoded_feed : public listener
     // The next picture becomes a key frame.
     void request_key_frame();
 
-    // Pictures that the encoder was too late for.
+    // Pictures that the encoder was too late for, or the machine as a whole.
     std::uint64_t dropped() const { return dropped_; }
 
     void format(picture_format const& pictures, sound_format const& sound) override;
@@ -48,8 +49,9 @@ class encoded_feed : public listener
 
   private:
     void distribute_unit(GstSample* unit, picture_format const& pictures);
-    void force_key_frame();
     void distribute_packet(GstSample* packet);
+
+    void force_key_frame();
 
     encoder_choice const choice_;
     std::atomic<std::uint64_t> dropped_{0};
@@ -61,8 +63,14 @@ class encoded_feed : public listener
     std::optional<picture_format> pictures_;
     std::optional<sound_format> sound_;
     std::chrono::steady_clock::time_point last_forced_;
+    std::atomic<bool> key_frame_wanted_{false};
     std::unique_ptr<pipeline> video_;
     std::unique_ptr<pipeline> audio_;
+
+    // Of the encoders' threads.
+    stale_items stale_units_;
+    stale_items stale_packets_;
+    bool without_reference_ = false;
 };
 
 } // namespace quillo::publisher

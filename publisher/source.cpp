@@ -145,11 +145,14 @@ void source::audio(audio_item const& item)
         sound_rests_ = false;
         if (listeners_.empty())
             return;
+        ns const end = time_.sound_end();
         auto const placed =
             item.silent ? time_.untimed_sound(arrival(item.sent_ns), item.samples, item.format.rate)
                         : time_.sound(item.timecode_100ns, arrival(item.sent_ns), item.samples, item.format.rate);
-        if (!placed.late)
-            give({item.format, item.samples, item.planar, placed.start, placed.follows});
+        if (!placed.late) {
+            bool const filled = fill_gap(end, placed.start);
+            give({item.format, item.samples, item.planar, placed.start, placed.follows || filled});
+        }
         if (!placed.late && !item.silent)
             offsets_.sound(arrival(item.sent_ns), placed.start);
         return;
@@ -163,6 +166,16 @@ void source::give(placed_sound const& block)
 {
     for (auto* const who : listeners_)
         who->sound(block);
+}
+
+// Players take a short gap for jitter, and are ahead by it from then on.
+bool source::fill_gap(ns from, ns to)
+{
+    if (from == 0 || to <= from || to - from > longest_filled_gap)
+        return false;
+    if (auto const samples = static_cast<int>((to - from) * sound_.rate / 1'000'000'000); samples > 0)
+        give({sound_, samples, nullptr, from, true});
+    return true;
 }
 
 void source::losses(protocol::losses_body const& losses)

@@ -23,13 +23,14 @@ class source : public channel_events
   public:
     using ns = std::int64_t;
 
-    static constexpr ns repeat_after = 200'000'000;    // the last picture again, while the host rests
-    static constexpr ns resting_after = 60'000'000;    // no picture for so long
-    static constexpr ns fill_sound_after = 60'000'000; // silence instead of sound that does not come
-    static constexpr ns black_after = 200'000'000;     // when the sender has no picture for a new listener
-    static constexpr ns overdue_after = 1'000'000'000; // likewise, when it has one and does not hand it over
-    static constexpr int frames_to_accept = 3;         // in a new format, before it is announced
-    static constexpr ns pending_limit = 500'000'000;   // or this long as the last word
+    static constexpr ns repeat_after = 200'000'000;       // the last picture again, while the host rests
+    static constexpr ns resting_after = 60'000'000;       // no picture for so long
+    static constexpr ns fill_sound_after = 60'000'000;    // silence instead of sound that does not come
+    static constexpr ns longest_filled_gap = 150'000'000; // of one between two blocks
+    static constexpr ns black_after = 200'000'000;        // when the sender has no picture for a new listener
+    static constexpr ns overdue_after = 1'000'000'000;    // likewise, when it has one and does not hand it over
+    static constexpr int frames_to_accept = 3;            // in a new format, before it is announced
+    static constexpr ns pending_limit = 500'000'000;      // or this long as the last word
 
     // Name as the sender gave it, path without a leading slash. wake makes the connection's thread look at wants().
     source(introduction who, std::string path, std::function<void()> wake);
@@ -96,7 +97,8 @@ class source : public channel_events
     void show_slate(ns now);
     void wake() const;
     void repeat(ns now);
-    bool fill_sound(ns from); // false: that time is filled already
+    bool fill_sound(ns from);      // false: that time is filled already
+    bool fill_gap(ns from, ns to); // false: there is none, or it stays one
     void begin_sound(ns now);
     void give(placed_sound const& block);
     ns arrival(std::int64_t sent_ns) const;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <utility>
 
 namespace quillo::publisher {
 
@@ -31,37 +32,66 @@ ns duration(std::int64_t samples, int rate)
 
 } // namespace
 
-void time_base::anchor(std::int64_t timecode_100ns, ns arrival)
+std::optional<ns> time_base::by_timecode(std::int64_t timecode_100ns) const
+{
+    ns since_anchor = 0;
+    if (!anchored_ || !distance(timecode_100ns, anchor_timecode_, since_anchor))
+        return std::nullopt;
+    return anchor_time_ + since_anchor;
+}
+
+// The item's stream stays as late as it used to be, so that a jump of the timecodes is none of the times.
+ns time_base::anchor(std::int64_t timecode_100ns, ns arrival, lateness& of)
 {
     std::shift_right(recent_.begin(), recent_.end(), 1);
     recent_.front() = arrival;
     ++anchors_;
     anchored_ = true;
     anchor_timecode_ = timecode_100ns;
-    anchor_time_ = arrival;
+    anchor_time_ = arrival - of.usual();
     if (anchors_ > flap_count && recent_.front() - recent_.back() < flap_window) {
         free_until_ = arrival + free_time;
         anchored_ = false;
+        pictures_.forget();
+        sound_.forget();
     }
+    return anchor_time_;
 }
 
-ns time_base::place(std::int64_t timecode_100ns, ns arrival)
+ns time_base::place_picture(std::int64_t timecode_100ns, ns arrival)
 {
-    if (arrival < free_until_)
-        return arrival;
-    ns since_anchor = 0;
-    if (anchored_ && distance(timecode_100ns, anchor_timecode_, since_anchor)) {
-        ns const time = anchor_time_ + since_anchor;
-        if (std::abs(time - arrival) < tolerance)
-            return time;
+    if (auto const time = by_timecode(timecode_100ns); time && std::abs(*time - arrival) < tolerance) {
+        pictures_.follow(arrival - *time);
+        return *time;
     }
-    anchor(timecode_100ns, arrival);
-    return arrival;
+    if (anchored_ && last_sound_ && arrival - *last_sound_ < sound_runs)
+        return arrival - pictures_.usual();
+    return anchor(timecode_100ns, arrival, pictures_);
+}
+
+ns time_base::place_sound(std::int64_t timecode_100ns, ns arrival)
+{
+    if (!last_sound_ || arrival - *last_sound_ >= sound_runs)
+        sound_.forget();
+    last_sound_ = arrival;
+    auto const time = by_timecode(timecode_100ns);
+    auto const moved = time ? arrival - *time - sound_.usual() : tolerance;
+    auto const before = std::exchange(suspected_move_, std::nullopt);
+    if (std::abs(moved) >= tolerance)
+        return anchor(timecode_100ns, arrival, sound_);
+    if (std::abs(moved) < move || !sound_.known()) {
+        sound_.take(arrival - *time);
+        return *time;
+    }
+    if (before && std::abs(moved - *before) <= same_move)
+        return anchor(timecode_100ns, arrival, sound_);
+    suspected_move_ = moved;
+    return *time;
 }
 
 ns time_base::picture(std::int64_t timecode_100ns, ns arrival)
 {
-    ns const time = place(timecode_100ns, arrival);
+    ns const time = arrival < free_until_ ? arrival : place_picture(timecode_100ns, arrival);
     last_picture_ = any_picture_ ? std::max(time, last_picture_ + smallest_step) : time;
     any_picture_ = true;
     return last_picture_;
@@ -97,7 +127,7 @@ time_base::block time_base::sound(std::int64_t timecode_100ns, ns arrival, int s
 {
     if (arrival < free_until_)
         return untimed_sound(arrival, samples, rate);
-    return append(place(timecode_100ns, arrival), samples, rate);
+    return append(place_sound(timecode_100ns, arrival), samples, rate);
 }
 
 time_base::block time_base::untimed_sound(ns arrival, int samples, int rate)

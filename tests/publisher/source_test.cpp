@@ -49,11 +49,28 @@ class source_sound : public testing::Test
     // As a host sends it, at the time that it is due.
     ns send_block()
     {
-        std::vector<float> const planar(2 * samples, 0.5f);
         ns const now = monotonic_ns();
-        source_.audio({{rate, 2}, samples, false, planar.data(), timecode_, now});
-        timecode_ += 100'000;
+        send_block(now);
         return now;
+    }
+    void send_block(ns due)
+    {
+        std::vector<float> const planar(2 * samples, 0.5f);
+        source_.audio({{rate, 2}, samples, false, planar.data(), timecode_, due});
+        timecode_ += 100'000;
+    }
+
+    // The tenth block, and what was heard of the next ten from a host that was held up between them.
+    std::vector<placed_sound> held_up_for(ns gap)
+    {
+        ns const first = listener_.end(); // of the silence that sound begins with
+        std::this_thread::sleep_for(std::chrono::nanoseconds{200 * ms + gap});
+        for (int block = 0; block < 10; ++block)
+            send_block(first + block * 10 * ms);
+        auto const before = listener_.blocks.size();
+        for (int block = 10; block < 20; ++block)
+            send_block(first + block * 10 * ms + gap);
+        return {listener_.blocks.begin() + static_cast<std::ptrdiff_t>(before) - 1, listener_.blocks.end()};
     }
 
     source source_{{}, "name", [] {}};
@@ -104,6 +121,26 @@ TEST_F(source_sound, a_host_that_speaks_again_is_left_alone)
     auto const heard = listener_.blocks.size();
     source_.tick(listener_.end() + 20 * ms);
     EXPECT_EQ(listener_.blocks.size(), heard);
+}
+
+TEST_F(source_sound, short_gap_is_filled_to_the_sample)
+{
+    auto const heard = held_up_for(112 * ms);
+    int silent = 0;
+    for (std::size_t k = 1; k < heard.size(); ++k) {
+        ns const end = heard[k - 1].start_ns + heard[k - 1].samples * 1'000 * ms / rate;
+        EXPECT_NEAR(static_cast<double>(heard[k].start_ns - end), 0.0, 1e9 / rate) << k;
+        EXPECT_TRUE(heard[k].follows) << k;
+        silent += heard[k].planar ? 0 : heard[k].samples;
+    }
+    EXPECT_NEAR(silent, 112 * rate / 1000, 1);
+}
+
+TEST_F(source_sound, long_gap_stays_one)
+{
+    auto const heard = held_up_for(200 * ms);
+    EXPECT_TRUE(std::all_of(heard.begin(), heard.end(), [](auto const& block) { return block.planar; }));
+    EXPECT_EQ(std::count_if(heard.begin(), heard.end(), [](auto const& block) { return !block.follows; }), 1);
 }
 
 class picture_listener : public listener

@@ -168,6 +168,104 @@ TEST(time_base, streams_that_disagree_are_placed_by_arrival)
     EXPECT_LT(time.anchors(), 20u);
 }
 
+// Pictures of 20 ms and blocks of 10 ms, sound 40 ms behind the pictures as far as arrival goes. Pictures come with the
+// load of the machine, up to 7 ms late; blocks when they are due.
+class playing : public testing::Test
+{
+  protected:
+    static constexpr ns sound_behind = 40 * ms;
+
+    // Both streams from a time of the host's timeline to another, as they come when the host is held up by behind.
+    void play(ns from, ns to, ns behind)
+    {
+        for (ns t = from; t < to; t += 10 * ms) {
+            if (t % (20 * ms) == 0)
+                picture(t, behind + t / ms % 7 * ms);
+            sound(t, behind);
+        }
+    }
+
+    void picture(ns t, ns late) { last_picture_ = time_.picture(t / 100, start + t + late); }
+    void sound(ns t, ns late) { last_block_ = time_.sound(t / 100, start + t + sound_behind + late, 480, 48000); }
+
+    time_base time_;
+    ns last_picture_ = 0;
+    time_base::block last_block_{};
+};
+
+TEST_F(playing, host_that_was_held_up_has_both_streams_moved_by_just_that)
+{
+    play(0, 1000 * ms, 0);
+    ASSERT_EQ(last_block_.start, start + 990 * ms);
+    ASSERT_EQ(last_picture_, start + 980 * ms);
+    // 112 ms are less than a jump. Once two blocks agree everything stands that much later.
+    play(1000 * ms, 2000 * ms, 112 * ms);
+    EXPECT_EQ(last_block_.start, start + 1990 * ms + 112 * ms);
+    EXPECT_EQ(last_picture_, start + 1980 * ms + 112 * ms);
+    EXPECT_EQ(time_.anchors(), 2u);
+    // More than a jump, and a picture that was on its way comes first.
+    picture(2000 * ms, 430 * ms);
+    play(2000 * ms, 3000 * ms, 412 * ms);
+    EXPECT_EQ(last_block_.start, start + 2990 * ms + 412 * ms);
+    EXPECT_EQ(last_picture_, start + 2980 * ms + 412 * ms);
+    EXPECT_EQ(time_.anchors(), 3u);
+}
+
+TEST_F(playing, block_that_is_late_alone_moves_nothing)
+{
+    play(0, 1000 * ms, 0);
+    sound(1000 * ms, 60 * ms);
+    EXPECT_EQ(last_block_.start, start + 1000 * ms);
+    play(1010 * ms, 1200 * ms, 0);
+    EXPECT_EQ(last_block_.start, start + 1190 * ms);
+    EXPECT_TRUE(last_block_.follows);
+    EXPECT_EQ(time_.anchors(), 1u);
+}
+
+TEST_F(playing, blocks_that_make_up_for_lost_time_move_nothing)
+{
+    play(0, 1000 * ms, 0);
+    for (int k = 0; k < 9; ++k) {
+        sound((1000 + 10 * k) * ms, (90 - 10 * k) * ms);
+        EXPECT_EQ(last_block_.start, start + (1000 + 10 * k) * ms);
+        EXPECT_TRUE(last_block_.follows);
+    }
+    EXPECT_EQ(time_.anchors(), 1u);
+}
+
+TEST_F(playing, picture_that_is_late_alone_stands_where_it_came_and_moves_nothing)
+{
+    play(0, 1000 * ms, 0);
+    picture(1000 * ms, 300 * ms);
+    EXPECT_NEAR(static_cast<double>(last_picture_), static_cast<double>(start + 1300 * ms), 7.0 * ms);
+    sound(1300 * ms, 0);
+    EXPECT_EQ(last_block_.start, start + 1300 * ms);
+    picture(1320 * ms, 0);
+    EXPECT_EQ(last_picture_, start + 1320 * ms);
+    EXPECT_EQ(time_.anchors(), 1u);
+}
+
+TEST_F(playing, sound_goes_on_without_a_gap_when_the_timecodes_jump)
+{
+    play(0, 1000 * ms, 0);
+    ns const end = time_.sound_end();
+    // A loop: what is played at 1000 ms is what was played at 0.
+    auto const block = time_.sound(0, start + 1000 * ms + sound_behind, 480, 48000);
+    EXPECT_EQ(block.start, end);
+    EXPECT_TRUE(block.follows);
+    EXPECT_EQ(time_.picture(0, start + 1003 * ms), start + 1000 * ms);
+}
+
+TEST_F(playing, pictures_move_the_anchor_again_when_sound_rests)
+{
+    play(0, 1000 * ms, 0);
+    ns const later = start + 1000 * ms + sound_behind + time_base::sound_runs;
+    ns const anchor = time_.picture(500 * ms_100ns, later);
+    EXPECT_NEAR(static_cast<double>(anchor), static_cast<double>(later), 7.0 * ms);
+    EXPECT_EQ(time_.anchors(), 2u);
+    EXPECT_EQ(time_.picture(540 * ms_100ns, later + 50 * ms), anchor + 40 * ms);
+}
+
 TEST(time_base, after_scrubbing_timecodes_count_again)
 {
     time_base time;

@@ -1,11 +1,13 @@
 #!/usr/bin/env python3
 """sync.py [--seconds N] [--short] [CASE...]: how far sound and picture lie apart at a receiver. Plays flashes with beeps and
-measures, as ffmpeg and GStreamer receive them, the time from each flash to its beep; steadily, and with a pause, a seek and
-a loop on the way. Times are the presentation times that the receiver gives to the decoded streams."""
+measures, as ffmpeg and GStreamer receive them, the time from each flash to its beep; steadily, and with a pause, a seek, a
+loop, or a program that is held up on the way. Times are the presentation times that the receiver gives to the decoded
+streams."""
 
 import argparse
 import os
 import re
+import signal
 import subprocess
 import sys
 import threading
@@ -82,15 +84,28 @@ def apart(flashes, beeps):
     return result
 
 
+def hold_up(process, seconds):
+    """As a machine does that has no time for it."""
+    os.kill(process, signal.SIGSTOP)
+    time.sleep(seconds)
+    os.kill(process, signal.SIGCONT)
+
+
 def measure(receiver, case, mount, seconds, commands, options=()):
     with road.Road() as lab:
         player = lab.play("--pattern", "flash", "--size", "640x360", "--rate", str(RATE), "--script", *options, stdin=subprocess.PIPE)
         url = lab.source()["url"] + mount
         time.sleep(1)
 
+        processes = {"host": player.pid, "publisher": lab.status()["pid"]}
+
         def drive():
             for wait, command in commands:
                 time.sleep(wait)
+                if command.startswith("hold up "):
+                    who, ms = command.split()[2:]
+                    hold_up(processes[who], int(ms) / 1000)
+                    continue
                 player.stdin.write((command + "\n").encode())
                 player.stdin.flush()
 
@@ -101,7 +116,7 @@ def measure(receiver, case, mount, seconds, commands, options=()):
         distances = [d for d in apart(flashes, beeps) if abs(d) < 300]
         worst = max(distances, key=abs) if distances else float("nan")
         good = len(distances) >= min(3, seconds // 2) and abs(worst) <= 20
-        print(f"{receiver.__name__[3:]:9} {case:7} {mount or '/':5} {len(flashes)} flashes, {len(beeps)} beeps, "
+        print(f"{receiver.__name__[3:]:9} {case:9} {mount or '/':5} {len(flashes)} flashes, {len(beeps)} beeps, "
               f"apart {' '.join(f'{d:+.0f}' for d in distances)} ms: {'good' if good else 'BAD ' + errors.strip()}", flush=True)
         return good
 
@@ -111,6 +126,8 @@ CASES = {
     "pause": ([(3, "pause"), (1.3, "play")], ()),
     "seek": ([(3, "seek 20.4"), (2, "seek 3.1")], ()),
     "loop": ([], ("--loop", "--in", "2", "--out", "5.3")),
+    "host": ([(2.5, "hold up host 120"), (2.5, "hold up host 300")], ()),
+    "publisher": ([(2.5, "hold up publisher 120")], ()),
 }
 
 
