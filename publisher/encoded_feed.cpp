@@ -104,7 +104,8 @@ void encoded_feed::distribute_unit(GstSample* unit, picture_format const& pictur
 {
     GstBuffer* const buffer = gst_sample_get_buffer(unit);
     bool const key = !GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_DELTA_UNIT);
-    bool const stale = is_stale(stale_units_, unit);
+    // A key frame takes an encoder as long as it takes, and is what everybody waits for.
+    bool const stale = !key && is_stale(stale_units_, unit);
     if (stale)
         key_frame_wanted_ = true;
     // Without this picture those that build on it are worth nothing.

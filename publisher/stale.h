@@ -19,13 +19,19 @@ class stale_items
     // Later than usual: less than the 200 ms that receivers keep in hand at least.
     static constexpr std::chrono::milliseconds too_late{180};
     static constexpr std::chrono::milliseconds good_again{100};
-    static constexpr std::chrono::milliseconds longest{500}; // that nothing is good
+    static constexpr std::chrono::milliseconds longest{500};     // that nothing is good
+    static constexpr std::chrono::milliseconds remembered{1000}; // at least, and twice that at most
 
     // late: now less the item's own time. Asked of each item of one encoder in turn.
     bool is_stale(std::chrono::nanoseconds late, std::chrono::nanoseconds now);
 
   private:
-    std::optional<std::chrono::nanoseconds> usual_;
+    void remember(std::chrono::nanoseconds late, std::chrono::nanoseconds now);
+
+    // The least lateness of good items, of this span of time and of the one before: receivers go by that, too.
+    std::optional<std::chrono::nanoseconds> least_;
+    std::optional<std::chrono::nanoseconds> least_before_;
+    std::chrono::nanoseconds span_began_{};
     std::optional<std::chrono::nanoseconds> stale_since_;
 };
 

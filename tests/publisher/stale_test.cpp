@@ -31,10 +31,20 @@ TEST_F(stale_items_test, encoder_that_is_always_slow_is_good)
         EXPECT_FALSE(next(300ms + milliseconds{k % 3 * 30})) << k;
 }
 
+// 50 ms more each second, as receivers follow it.
 TEST_F(stale_items_test, encoder_that_becomes_slow_by_and_by_is_good)
 {
-    for (int k = 0; k < 100; ++k)
-        EXPECT_FALSE(next(milliseconds{10 + 5 * k})) << k;
+    for (int k = 0; k < 500; ++k)
+        EXPECT_FALSE(next(milliseconds{10 + k})) << k;
+}
+
+TEST_F(stale_items_test, lateness_that_grows_within_a_second_is_that_of_a_stall)
+{
+    for (int k = 0; k < 200; ++k)
+        ASSERT_FALSE(next(10ms));
+    for (auto late = 20ms; late <= 190ms; late += 10ms)
+        EXPECT_FALSE(next(late));
+    EXPECT_TRUE(next(200ms));
 }
 
 TEST_F(stale_items_test, what_a_long_stall_left_is_stale_up_to_what_is_nearly_on_time)
