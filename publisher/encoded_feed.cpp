@@ -5,6 +5,7 @@
 #include "publisher/sound_copy.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace quillo::publisher {
 
@@ -125,8 +126,12 @@ void encoded_feed::distribute_unit(GstSample* unit, picture_format const& pictur
 
 void encoded_feed::distribute_packet(GstSample* packet)
 {
-    if (is_stale(stale_packets_, packet))
+    if (is_stale(stale_packets_, packet)) {
+        ++packets_left_out_;
         return;
+    }
+    if (auto const left_out = std::exchange(packets_left_out_, 0); left_out > 0)
+        log::warning("this machine stood still: ", left_out, " packets of encoded sound were too late to be sent");
     std::lock_guard const lock{viewers_mutex_};
     for (auto* const viewer : viewers_)
         viewer->opus_packet(packet);

@@ -71,6 +71,7 @@ class encoded_feed : public listener
     stale_items stale_units_;
     stale_items stale_packets_;
     bool without_reference_ = false;
+    int packets_left_out_ = 0; // in a row
 };
 
 } // namespace quillo::publisher
