@@ -82,7 +82,7 @@ void encoded_feed::picture(GstBuffer* fill)
     if (key_frame_wanted_.exchange(false) || std::chrono::steady_clock::now() - last_forced_ >= key_frame_interval)
         force_key_frame();
     if (video_->push(fill) == pushed::in_place_of_another)
-        ++dropped_;
+        ++lost_pictures_;
 }
 
 void encoded_feed::sound(placed_sound const& block)
@@ -108,11 +108,11 @@ void encoded_feed::distribute_unit(GstSample* unit, picture_format const& pictur
     // A key frame takes an encoder as long as it takes, and is what everybody waits for.
     bool const stale = !key && is_stale(stale_units_, unit);
     if (stale)
-        key_frame_wanted_ = true;
+        key_frame_wanted_ = units_left_out_ = true;
     // Without this picture those that build on it are worth nothing.
     without_reference_ = stale || (without_reference_ && !key);
     if (without_reference_) {
-        ++dropped_;
+        ++lost_pictures_;
         return;
     }
     sample_ptr signalled;
@@ -122,19 +122,30 @@ void encoded_feed::distribute_unit(GstSample* unit, picture_format const& pictur
     std::lock_guard const lock{viewers_mutex_};
     for (auto* const viewer : viewers_)
         viewer->access_unit(key ? signalled.get() : unit, key);
+    if (std::exchange(units_left_out_, false))
+        go_on();
 }
 
 void encoded_feed::distribute_packet(GstSample* packet)
 {
     if (is_stale(stale_packets_, packet)) {
         ++packets_left_out_;
+        ++lost_packets_;
         return;
     }
-    if (auto const left_out = std::exchange(packets_left_out_, 0); left_out > 0)
-        log::warning("this machine stood still: ", left_out, " packets of encoded sound were too late to be sent");
     std::lock_guard const lock{viewers_mutex_};
     for (auto* const viewer : viewers_)
         viewer->opus_packet(packet);
+    if (auto const left_out = std::exchange(packets_left_out_, 0); left_out > 0) {
+        log::warning("this machine stood still: ", left_out, " packets of encoded sound were too late to be sent");
+        go_on();
+    }
+}
+
+void encoded_feed::go_on()
+{
+    for (auto* const viewer : viewers_)
+        viewer->held_up();
 }
 
 } // namespace quillo::publisher

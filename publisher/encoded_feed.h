@@ -21,7 +21,21 @@ class encoded_viewer
     virtual ~encoded_viewer() = default;
     virtual void access_unit(GstSample* unit, bool key) = 0;
     virtual void opus_packet(GstSample* packet) = 0;
+    // The machine stood still, some items were too late to be sent, and now it goes on.
+    virtual void held_up() = 0;
     virtual void ended() = 0;
+};
+
+// What an encoder was too late for, or the machine as a whole.
+struct encoder_losses
+{
+    std::uint64_t pictures = 0;
+    std::uint64_t packets = 0; // of sound
+
+    encoder_losses operator+(encoder_losses const& other) const
+    {
+        return {pictures + other.pictures, packets + other.packets};
+    }
 };
 
 class encoded_feed : public listener
@@ -38,8 +52,7 @@ class encoded_feed : public listener
     // The next picture becomes a key frame.
     void request_key_frame();
 
-    // Pictures that the encoder was too late for, or the machine as a whole.
-    std::uint64_t dropped() const { return dropped_; }
+    encoder_losses lost() const { return {lost_pictures_, lost_packets_}; }
 
     void format(picture_format const& pictures, sound_format const& sound) override;
     void picture(GstBuffer* fill) override;
@@ -50,11 +63,13 @@ class encoded_feed : public listener
   private:
     void distribute_unit(GstSample* unit, picture_format const& pictures);
     void distribute_packet(GstSample* packet);
+    void go_on(); // with the viewers' lock
 
     void force_key_frame();
 
     encoder_choice const choice_;
-    std::atomic<std::uint64_t> dropped_{0};
+    std::atomic<std::uint64_t> lost_pictures_{0};
+    std::atomic<std::uint64_t> lost_packets_{0};
 
     mutable std::mutex viewers_mutex_;
     std::vector<encoded_viewer*> viewers_;
@@ -71,6 +86,7 @@ class encoded_feed : public listener
     stale_items stale_units_;
     stale_items stale_packets_;
     bool without_reference_ = false;
+    bool units_left_out_ = false;
     int packets_left_out_ = 0; // in a row
 };
 

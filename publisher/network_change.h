@@ -1,5 +1,6 @@
-// Notices that the way to a receiver is not as it was. What is under way in sound and in pictures then takes longer or
-// shorter, each for itself, and a receiver that smooths arrival times sets them apart for a while.
+// Notices that the way to a receiver is not as it was, or that what goes to it stood still. What is under way in sound
+// and in pictures then takes longer or shorter, each for itself, and a receiver that smooths arrival times sets them
+// apart for a while.
 #pragma once
 
 #include <chrono>
@@ -19,6 +20,8 @@ class network_change
     // To be called about once a second, with all pictures ever dropped for it. The round trip is left out where only a
     // busy machine changes it. True while receivers may need to be told how sound and pictures belong together.
     bool recent(time_point now, std::uint64_t dropped, std::optional<std::chrono::microseconds> round_trip);
+
+    void stood_still(time_point now) { last_ = now; }
 
   private:
     std::uint64_t dropped_ = 0;

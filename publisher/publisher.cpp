@@ -273,7 +273,7 @@ std::string publisher::status() const
     std::vector<source_report> reports;
     for (auto const& one : sources_) {
         auto const encoded = encoded_.find(one.get());
-        reports.push_back({one.get(), encoded == encoded_.end() ? 0 : encoded->second->dropped()});
+        reports.push_back({one.get(), encoded == encoded_.end() ? encoder_losses{} : encoded->second->lost()});
     }
     auto urls = urls_;
     urls["rtsp"] = base_url();

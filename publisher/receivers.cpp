@@ -162,9 +162,10 @@ void receiver::check_progress(GstRTSPClient* client, steady::duration limit)
 {
     auto const state = tcp_state_of(socket_.get());
     auto const now = steady::now();
-    if (state && transport() == "TCP") {
-        report_often(network_.recent(now, frames_dropped,
-                                     is_loopback(address()) ? std::nullopt : std::optional{state->round_trip}));
+    bool const by_tcp = state && transport() == "TCP";
+    report_often(network_.recent(now, frames_dropped,
+                                 by_tcp && !is_loopback(address()) ? std::optional{state->round_trip} : std::nullopt));
+    if (by_tcp) {
         if (auto const why = slowness_.look(
                 {now, frames_sent, frames_dropped, state->acknowledged, state->busy, state->waits_for_reader},
                 mount() == "default"))
@@ -187,22 +188,40 @@ void receiver::check_progress(GstRTSPClient* client, steady::duration limit)
     }
 }
 
+void receiver::held_up()
+{
+    on_its_thread({}, [weak = weak_from_this()](GstRTSPClient*) {
+        auto const self = weak.lock();
+        if (!self)
+            return;
+        self->network_.stood_still(steady::now());
+        self->reports_often_ = self->report_every(report_interval_after_change);
+    });
+}
+
 void receiver::report_often(bool often)
 {
-    std::unique_lock lock{mutex_};
-    if (often == reports_often_ || !reporter_)
-        return;
-    reports_often_ = often;
-    auto const reporter = retain_object(reporter_.get());
-    lock.unlock();
+    if (often != reports_often_ && report_every(often ? report_interval_after_change : report_interval))
+        reports_often_ = often;
+}
+
+bool receiver::report_every(std::chrono::milliseconds interval) const
+{
+    element_ptr reporter;
+    {
+        std::lock_guard const lock{mutex_};
+        if (!reporter_)
+            return false;
+        reporter = retain_object(reporter_.get());
+    }
     auto const ns = [](std::chrono::nanoseconds time) { return static_cast<guint64>(time.count()); };
     for (guint stream = 0;; ++stream) {
         GObject* session = nullptr;
         g_signal_emit_by_name(reporter.get(), "get-internal-session", stream, &session);
         if (!session)
-            return;
+            return true;
         auto const held = adopt<object_ptr<GObject>>(session);
-        g_object_set(session, "rtcp-min-interval", ns(often ? report_interval_after_change : report_interval), nullptr);
+        g_object_set(session, "rtcp-min-interval", ns(interval), nullptr);
         // Else the interval begins to count with the next report.
         gboolean will = FALSE;
         g_signal_emit_by_name(session, "send-rtcp-full", ns(first_report_within), &will);

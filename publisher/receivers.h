@@ -48,6 +48,10 @@ class receiver : public std::enable_shared_from_this<receiver>
     // together where the network changed, and ends who acknowledged next to nothing of what waits for it for so long.
     void look_after(steady::duration limit);
 
+    // What goes to it stood still, for so long that it may have begun to count anew: sound and picture are set right at
+    // once.
+    void held_up();
+
     std::atomic<bool> playing{false};
     std::atomic<std::uint64_t> frames_sent{0};
     std::atomic<std::uint64_t> frames_dropped{0};
@@ -62,6 +66,7 @@ class receiver : public std::enable_shared_from_this<receiver>
     void on_its_thread(std::chrono::milliseconds from_now, std::function<void(GstRTSPClient*)> f) const;
     void check_progress(GstRTSPClient* client, steady::duration limit);
     void report_often(bool often);
+    bool report_every(std::chrono::milliseconds interval) const; // and now; false without a reporter
 
     mutable std::mutex mutex_;
     std::string address_;

@@ -40,14 +40,14 @@ json receiver_json(receiver const& who)
             {"frames_dropped", who.frames_dropped.load()}};
 }
 
-json losses_json(protocol::losses_body const& losses, std::uint64_t encoder_late, std::uint64_t receiver_late)
+json losses_json(protocol::losses_body const& losses, encoder_losses const& encoder_late, std::uint64_t receiver_late)
 {
     return {{"video_sends", losses.video_sends},       {"video_no_slot", losses.video_no_slot},
             {"video_replaced", losses.video_replaced}, {"video_refused", losses.video_refused},
             {"audio_sends", losses.audio_sends},       {"audio_no_room", losses.audio_no_room},
             {"audio_refused", losses.audio_refused},   {"video_late", losses.video_late},
-            {"audio_late", losses.audio_late},         {"encoder_late", encoder_late},
-            {"receiver_late", receiver_late}};
+            {"audio_late", losses.audio_late},         {"encoder_late", encoder_late.pictures},
+            {"receiver_late", receiver_late},          {"encoder_late_sound", encoder_late.packets}};
 }
 
 json source_json(source_report const& report, receivers const& watching, std::string const& base)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "publisher/doors/doors.h"
+#include "publisher/encoded_feed.h"
 #include "publisher/receivers.h"
 #include "publisher/source.h"
 
@@ -14,7 +15,7 @@ namespace quillo::publisher {
 struct source_report
 {
     source const* of;
-    std::uint64_t encoder_late; // pictures
+    encoder_losses encoder_late;
 };
 
 // JSON text. urls are the addresses of the servers without a path, "rtsp" among them; mounts stand

@@ -40,6 +40,7 @@ class h264_viewer : public viewer, encoded_viewer
   private:
     void access_unit(GstSample* unit, bool key) override;
     void opus_packet(GstSample* packet) override;
+    void held_up() override { who_->held_up(); }
     void ended() override;
 
     void begin_sound();
@@ -170,15 +171,15 @@ void encoded_mount::detach(encoded_viewer& who)
     feed_->remove(who);
     if (!feed_->has_viewers()) {
         source_->remove(*feed_);
-        dropped_before_ += feed_->dropped();
+        lost_before_ = lost_before_ + feed_->lost();
         feed_.reset();
     }
 }
 
-std::uint64_t encoded_mount::dropped() const
+encoder_losses encoded_mount::lost() const
 {
     std::lock_guard const lock{mutex_};
-    return dropped_before_ + (feed_ ? feed_->dropped() : 0);
+    return feed_ ? lost_before_ + feed_->lost() : lost_before_;
 }
 
 void encoded_mount::request_key_frame()

@@ -30,8 +30,7 @@ class encoded_mount : public mount, public std::enable_shared_from_this<encoded_
     void detach(encoded_viewer& who);
     void request_key_frame();
 
-    // Pictures that the encoder was too late for, ever.
-    std::uint64_t dropped() const;
+    encoder_losses lost() const; // ever
 
   private:
     std::shared_ptr<source> const source_;
@@ -40,7 +39,7 @@ class encoded_mount : public mount, public std::enable_shared_from_this<encoded_
 
     mutable std::mutex mutex_;
     std::unique_ptr<encoded_feed> feed_;
-    std::uint64_t dropped_before_ = 0; // by the feeds before this one
+    encoder_losses lost_before_; // by the feeds before this one
 };
 
 } // namespace quillo::publisher

@@ -80,7 +80,8 @@ std::string seconds(char const* name, char const* help, json const& sources, cha
 std::string losses(json const& sources)
 {
     family pictures{"quillo_video_lost_frames_total", "counter", "Pictures that did not go on, by cause."};
-    family blocks{"quillo_audio_lost_blocks_total", "counter", "Blocks of sound that did not go on, by cause."};
+    family blocks{"quillo_audio_lost_blocks_total", "counter",
+                  "Blocks of sound, or packets of it once encoded, that did not go on, by cause."};
     family late{"quillo_host_late_total", "counter", "Times that the host was late by more than its clock forgives."};
     for (json const& one : sources) {
         std::string const path = one.value("path", "");
@@ -93,6 +94,7 @@ std::string losses(json const& sources)
         pictures.add(of("receiver_late"), number(lost, "receiver_late"));
         blocks.add(of("publisher_late"), number(lost, "audio_no_room"));
         blocks.add(of("refused"), number(lost, "audio_refused"));
+        blocks.add(of("encoder_late"), number(lost, "encoder_late_sound"));
         late.add({{"source", path}, {"stream", "video"}}, number(lost, "video_late"));
         late.add({{"source", path}, {"stream", "audio"}}, number(lost, "audio_late"));
     }

@@ -47,6 +47,7 @@ class rtc_viewer : public std::enable_shared_from_this<rtc_viewer>, encoded_view
   private:
     void access_unit(GstSample* unit, bool key) override;
     void opus_packet(GstSample* packet) override;
+    void held_up() override {}
     void ended() override;
 
     void connect_signals();

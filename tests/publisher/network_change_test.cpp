@@ -50,5 +50,15 @@ TEST(network_change, loss_counts_from_the_last_one)
     EXPECT_FALSE(lossy.second(0, std::nullopt));
 }
 
+TEST(network_change, stall_counts_until_it_has_settled)
+{
+    watched stalled;
+    EXPECT_FALSE(stalled.second(0, 1ms));
+    stalled.network.stood_still(stalled.now);
+    for (int k = 0; k < 14; ++k)
+        EXPECT_TRUE(stalled.second(0, 1ms)) << k;
+    EXPECT_FALSE(stalled.second(0, 1ms));
+}
+
 } // namespace
 } // namespace quillo::publisher

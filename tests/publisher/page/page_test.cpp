@@ -63,6 +63,7 @@ TEST_F(page, status_is_what_the_local_socket_says)
     EXPECT_EQ(source["format"]["color"], "BT.709, limited range");
     EXPECT_EQ(source["format"]["alpha"], false);
     EXPECT_EQ(source["losses"]["encoder_late"], 0);
+    EXPECT_EQ(source["losses"]["encoder_late_sound"], 0);
 }
 
 TEST_F(page, sources_come_and_go)
