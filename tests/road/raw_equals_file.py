@@ -12,7 +12,9 @@ import road
 def judge(receiver, received, complaints, place_of, total):
     wrong = [index for index, digest in enumerate(received) if digest not in place_of]
     places = [place_of[digest] for digest in received if digest in place_of]
-    steps = [(b - a) % total for a, b in zip(places, places[1:])]
+    # The first is the one that the description waited for; those until PLAY are sent to nobody.
+    live = places[1:]
+    steps = [(b - a) % total for a, b in zip(live, live[1:])]
     missed = sum(step - 1 for step in steps if step > 1)
     repeated = sum(1 for step in steps if step == 0)
     print(f"{receiver}: {len(received)} frames, {len(wrong)} different {wrong[:9] or ''}, {missed} missed, {repeated} repeated")
