@@ -1,4 +1,5 @@
 // Stock receivers on the loopback watch a publisher in this process.
+#include "tests/support/held_threads.h"
 #include "tests/support/live_sender.h"
 #include "tests/support/rtsp_receiver.h"
 #include "tests/support/rtsp_socket.h"
@@ -10,6 +11,7 @@
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <set>
 
@@ -186,6 +188,35 @@ TEST_F(mounts, default_mount_shows_what_was_sent_over_udp_too)
     EXPECT_EQ(seen.size(), 8u);
     EXPECT_TRUE(soon([&] { return status()["sources"][0]["receivers"][0]["transport"] == "UDP"; }));
 }
+
+// Receivers count a stream anew from where it stood still, and learn from a report how sound and picture belong
+// together.
+class encoded_mounts : public mounts, public ::testing::WithParamInterface<over>
+{
+  protected:
+    // Of the stream with fewer of them.
+    static std::size_t reports(rtsp_receiver const& receiver)
+    {
+        return std::min(receiver.sender_reports(0), receiver.sender_reports(1));
+    }
+};
+
+TEST_P(encoded_mounts, sender_reports_follow_at_once_when_the_encoders_stood_still)
+{
+    auto const sender = play();
+    auto const receiver = watch("", GetParam());
+    ASSERT_FALSE(receiver->wait_for_sound(2 * 2 * 48000).empty()); // a second of it: what is usual is known
+    ASSERT_TRUE(receiver->wait_for_picture());
+
+    auto const before = reports(*receiver);
+    ASSERT_GE(hold_threads("in:src", 400ms), 2); // what feeds the encoders
+    ASSERT_TRUE(soon([&] { return status()["sources"][0]["losses"]["encoder_late_sound"] > 0; }));
+    // Each 0.5 s, where each 5 s is usual.
+    EXPECT_TRUE(soon([&] { return reports(*receiver) >= before + 4; }, 3s));
+}
+
+INSTANTIATE_TEST_SUITE_P(all, encoded_mounts, ::testing::Values(over::tcp, over::udp),
+                         [](auto const& given) { return given.param == over::tcp ? "tcp" : "udp"; });
 
 TEST_F(mounts, time_stamps_rise_by_the_period)
 {

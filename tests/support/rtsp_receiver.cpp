@@ -11,7 +11,8 @@ namespace quillo::testing {
 namespace {
 
 constexpr char const* payload_key = "payload";
-constexpr std::size_t most_waiting = 32; // pictures that nobody asked for yet
+constexpr guint8 rtcp_sender_report = 200; // RFC 3550, 6.4.1
+constexpr std::size_t most_waiting = 32;   // pictures that nobody asked for yet
 
 std::int64_t now_ns()
 {
@@ -60,6 +61,10 @@ rtsp_receiver::rtsp_receiver(std::string const& url, over transport, decode kind
                          self->changed_.notify_all();
                      }),
                      this);
+    g_signal_connect(source_, "new-manager", G_CALLBACK(+[](GstElement*, GstElement* rtpbin, gpointer self) {
+                         g_signal_connect(rtpbin, "on-new-ssrc", G_CALLBACK(stream_began), self);
+                     }),
+                     this);
 }
 
 void rtsp_receiver::start() { gst_element_set_state(pipeline_.get(), GST_STATE_PLAYING); }
@@ -84,6 +89,40 @@ rtsp_receiver::~rtsp_receiver()
         nullptr);
     gst_element_set_state(source_, GST_STATE_NULL);
     gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
+}
+
+void rtsp_receiver::stream_began(GstElement* rtpbin, guint stream, guint, gpointer self)
+{
+    static_cast<rtsp_receiver*>(self)->count_reports(rtpbin, stream);
+}
+
+void rtsp_receiver::count_reports(GstElement* rtpbin, unsigned stream)
+{
+    {
+        std::lock_guard const lock{mutex_};
+        if (!reports_.try_emplace(stream, 0).second) // another source of the same stream
+            return;
+    }
+    struct counter
+    {
+        rtsp_receiver* self;
+        unsigned stream;
+    };
+    GObject* session = nullptr;
+    g_signal_emit_by_name(rtpbin, "get-internal-session", stream, &session);
+    auto const held = adopt<object_ptr<GObject>>(session);
+    g_signal_connect_data(
+        session, "on-receiving-rtcp", G_CALLBACK(+[](GObject*, GstBuffer* rtcp, gpointer data) {
+            auto const& to = *static_cast<counter*>(data);
+            guint8 head[2] = {};
+            gst_buffer_extract(rtcp, 0, head, sizeof head);
+            if (head[1] != rtcp_sender_report)
+                return;
+            std::lock_guard const lock{to.self->mutex_};
+            ++to.self->reports_[to.stream];
+        }),
+        new counter{this, stream}, [](gpointer data, GClosure*) { delete static_cast<counter*>(data); },
+        GConnectFlags{});
 }
 
 void rtsp_receiver::link(GstPad* pad)
@@ -211,6 +250,13 @@ std::size_t rtsp_receiver::pictures() const
 {
     std::lock_guard const lock{mutex_};
     return pictures_;
+}
+
+std::size_t rtsp_receiver::sender_reports(unsigned stream) const
+{
+    std::lock_guard const lock{mutex_};
+    auto const found = reports_.find(stream);
+    return found == reports_.end() ? 0 : found->second;
 }
 
 std::string rtsp_receiver::sdp() const

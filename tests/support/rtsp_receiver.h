@@ -7,6 +7,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -50,7 +51,8 @@ class rtsp_receiver
     bool wait_for_end(std::chrono::milliseconds limit = 20s);
 
     std::size_t pictures() const;
-    std::string sdp() const; // empty before it has come
+    std::size_t sender_reports(unsigned stream) const; // RTCP that has come for it
+    std::string sdp() const;                           // empty before it has come
     std::string sound_caps() const;
 
     // Instead of keeping pictures: called for each as it stands in the receiver's memory, on the receiver's thread.
@@ -59,6 +61,8 @@ class rtsp_receiver
     void start();
 
   private:
+    static void stream_began(GstElement* rtpbin, guint stream, guint ssrc, gpointer self);
+    void count_reports(GstElement* rtpbin, unsigned stream);
     void link(GstPad* pad);
     void take_picture(GstSample* sample, int payload);
     void take_sound(GstSample* sample);
@@ -75,6 +79,7 @@ class rtsp_receiver
     std::string sound_caps_;
     std::string sdp_;
     std::size_t pictures_ = 0;
+    std::map<unsigned, std::size_t> reports_;
 };
 
 } // namespace quillo::testing
