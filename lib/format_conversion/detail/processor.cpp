@@ -36,7 +36,7 @@ std::atomic<processor>& choice()
     return current;
 }
 
-bool is_by_amd()
+bool ask_for_maker()
 {
 #if defined(__x86_64__)
     unsigned highest = 0, b = 0, c = 0, d = 0;
@@ -46,13 +46,16 @@ bool is_by_amd()
 #endif
 }
 
+// Asked once: a virtual machine takes some microseconds for the instruction, tests ask for each picture.
+bool is_by_amd()
+{
+    static bool const answer = ask_for_maker();
+    return answer;
+}
+
 // AMD's processors gain up to a third by it, Intel's lose up to a quarter: a core of theirs has few of the buffers that
 // such stores wait in.
-long long best_streaming_from()
-{
-    static long long const best = is_by_amd() ? streaming_bytes : streaming_never;
-    return best;
-}
+long long best_streaming_from() { return is_by_amd() ? streaming_bytes : streaming_never; }
 
 std::atomic<long long>& streaming_threshold()
 {
