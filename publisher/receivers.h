@@ -48,8 +48,8 @@ class receiver : public std::enable_shared_from_this<receiver>
     // together where the network changed, and ends who acknowledged next to nothing of what waits for it for so long.
     void look_after(steady::duration limit);
 
-    // What goes to it stood still, for so long that it may have begun to count anew: sound and picture are set right at
-    // once.
+    // What goes to it stood still, or its network did, for so long that it may have begun to count anew: sound and
+    // picture are set right at once.
     void held_up();
 
     std::atomic<bool> playing{false};

@@ -1,5 +1,6 @@
 #include "publisher/rtsp_server.h"
 
+#include "publisher/link_watch.h"
 #include "publisher/log.h"
 #include "publisher/mount_points.h"
 
@@ -191,6 +192,7 @@ void rtsp_server::run()
         },
         this, nullptr);
     g_source_attach(timer.get(), context_.get());
+    link_watch const links{context_.get(), [this] { link_is_back(); }};
     g_main_loop_run(loop_.get());
     g_source_destroy(timer.get());
     g_main_context_pop_thread_default(context_.get());
@@ -204,6 +206,12 @@ void rtsp_server::serve(std::string const& path, std::shared_ptr<mount> what)
 void rtsp_server::withdraw(std::string const& path)
 {
     gst_rtsp_mount_points_remove_factory(points_.get(), inner_path(path).c_str());
+}
+
+void rtsp_server::link_is_back()
+{
+    for (auto const& who : all_->all())
+        who->held_up();
 }
 
 void rtsp_server::watch_connections()

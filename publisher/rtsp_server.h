@@ -50,6 +50,7 @@ class rtsp_server
     void welcome(GstRTSPClient* client);
     void run();
     void watch_connections();
+    void link_is_back();
 
     std::shared_ptr<receivers> const all_;
     context_ptr context_;
