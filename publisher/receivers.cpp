@@ -21,10 +21,10 @@ constexpr std::size_t max_paths = 256;
 // The sound alone is ten times as much.
 constexpr std::uint64_t least_progress = 16384;
 
-// Receivers set sound and picture right by sender reports, and by nothing else: when the network has just changed they
-// come often. Otherwise as a rule, since each may move the times of the sound by a little.
+// Receivers set sound and picture right by sender reports, and by nothing else: where the network has just changed, or
+// may have without a sign, they come often. Otherwise rarely, since each may move the times of the sound by a little.
 constexpr std::chrono::milliseconds report_interval{5000};
-constexpr std::chrono::milliseconds report_interval_after_change{500};
+constexpr std::chrono::milliseconds short_report_interval{500};
 constexpr std::chrono::milliseconds first_report_within{100};
 
 struct tcp_state
@@ -163,8 +163,11 @@ void receiver::check_progress(GstRTSPClient* client, steady::duration limit)
     auto const state = tcp_state_of(socket_.get());
     auto const now = steady::now();
     bool const by_tcp = state && transport() == "TCP";
-    report_often(network_.recent(now, frames_dropped,
-                                 by_tcp && !is_loopback(address()) ? std::optional{state->round_trip} : std::nullopt));
+    bool const far = !is_loopback(address());
+    bool const changed =
+        network_.recent(now, frames_dropped, by_tcp && far ? std::optional{state->round_trip} : std::nullopt);
+    // Nothing tells in time what becomes of packets over UDP.
+    report_often(changed || (far && transport() == "UDP"));
     if (by_tcp) {
         if (auto const why = slowness_.look(
                 {now, frames_sent, frames_dropped, state->acknowledged, state->busy, state->waits_for_reader},
@@ -195,13 +198,13 @@ void receiver::held_up()
         if (!self)
             return;
         self->network_.stood_still(steady::now());
-        self->reports_often_ = self->report_every(report_interval_after_change);
+        self->reports_often_ = self->report_every(short_report_interval);
     });
 }
 
 void receiver::report_often(bool often)
 {
-    if (often != reports_often_ && report_every(often ? report_interval_after_change : report_interval))
+    if (often != reports_often_ && report_every(often ? short_report_interval : report_interval))
         reports_often_ = often;
 }
 

@@ -162,7 +162,8 @@ def cases():
 
 
 # Over TCP the delays of a busy machine, too, set sound and picture apart: that is for the whole list and an idle one.
-SHORT = {"loss-1%-udp": ("udp", bad_wire(Faults(loss=0.01), 2)), "unplugged-1s-udp": ("udp", unplugged(1))}
+SHORT = {"loss-1%-udp": ("udp", bad_wire(Faults(loss=0.01), 2)), "unplugged-1s-udp": ("udp", unplugged(1)),
+         "delay-50ms-udp": ("udp", bad_wire(Faults(delay_s=0.05), 3))}
 
 
 def run(name, transport, act):
