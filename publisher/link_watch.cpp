@@ -80,7 +80,7 @@ link_watch::~link_watch()
 
 void link_watch::read()
 {
-    alignas(nlmsghdr) std::array<std::byte, largest_datagram> datagram;
+    std::array<std::byte, largest_datagram> datagram;
     bool back = false;
     for (;;) {
         sockaddr_nl from{};
