@@ -49,16 +49,6 @@ std::optional<tcp_state> tcp_state_of(GSocket* socket)
                      std::chrono::microseconds{info.tcpi_rtt}};
 }
 
-std::shared_ptr<GWeakRef> weak_reference(GstRTSPClient* client)
-{
-    std::shared_ptr<GWeakRef> weak{new GWeakRef, [](GWeakRef* reference) {
-                                       g_weak_ref_clear(reference);
-                                       delete reference;
-                                   }};
-    g_weak_ref_init(weak.get(), client);
-    return weak;
-}
-
 } // namespace
 
 void receiver::identify(GstRTSPContext const& request)
@@ -68,7 +58,7 @@ void receiver::identify(GstRTSPContext const& request)
         address_ = gst_rtsp_connection_get_ip(request.conn);
     GSource* const handling = g_main_current_source();
     if (request.client && handling) {
-        client_ = weak_reference(request.client);
+        client_ = weak_object{request.client};
         context_ = {g_main_context_ref(g_source_get_context(handling)), g_main_context_unref};
         if (GSocket* const socket = gst_rtsp_connection_get_write_socket(request.conn))
             socket_ = retain_object(socket);
@@ -123,7 +113,7 @@ void receiver::on_its_thread(std::chrono::milliseconds from_now, std::function<v
         return;
     struct call
     {
-        std::shared_ptr<GWeakRef> client;
+        weak_object<GstRTSPClient> client;
         std::function<void(GstRTSPClient*)> f;
     };
     g_source_ptr const later{g_timeout_source_new(static_cast<guint>(from_now.count()))};
@@ -131,7 +121,7 @@ void receiver::on_its_thread(std::chrono::milliseconds from_now, std::function<v
         later.get(),
         [](gpointer data) -> gboolean {
             auto const& what = *static_cast<call*>(data);
-            if (object_ptr<GstRTSPClient> const client{static_cast<GstRTSPClient*>(g_weak_ref_get(what.client.get()))})
+            if (auto const client = what.client.lock())
                 what.f(client.get());
             return G_SOURCE_REMOVE;
         },

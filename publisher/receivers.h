@@ -72,7 +72,7 @@ class receiver : public std::enable_shared_from_this<receiver>
     std::string address_;
     std::string agent_;
     std::string transport_;
-    std::shared_ptr<GWeakRef> client_;
+    weak_object<GstRTSPClient> client_;
     std::shared_ptr<GMainContext> context_; // of the connection's thread
     object_ptr<GSocket> socket_;
     element_ptr reporter_;

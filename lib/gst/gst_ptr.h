@@ -61,6 +61,31 @@ mini_object_ptr<T> retain(T* p)
     return mini_object_ptr<T>{reinterpret_cast<T*>(gst_mini_object_ref(reinterpret_cast<GstMiniObject*>(p)))};
 }
 
+// Refers to an object that others keep. Copies are one reference; any thread may lock() at any time.
+template <class T>
+class weak_object
+{
+  public:
+    weak_object() = default;
+    explicit weak_object(T* of)
+        : reference_(new GWeakRef, [](GWeakRef* reference) {
+              g_weak_ref_clear(reference);
+              delete reference;
+          })
+    {
+        g_weak_ref_init(reference_.get(), of);
+    }
+
+    // Null when it is gone.
+    object_ptr<T> lock() const
+    {
+        return object_ptr<T>{reference_ ? static_cast<T*>(g_weak_ref_get(reference_.get())) : nullptr};
+    }
+
+  private:
+    std::shared_ptr<GWeakRef> reference_; // stays where it is: GLib knows its place
+};
+
 // The frame of a buffer, mapped while the object lives. False when it cannot be mapped.
 class mapped_frame
 {

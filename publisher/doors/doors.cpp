@@ -40,11 +40,6 @@ void shut(GSocket* socket) { ::shutdown(g_socket_get_fd(socket), SHUT_RDWR); }
 
 } // namespace
 
-doors::visitor::visitor(GSocket* of, std::string from) : address(std::move(from)), last_request(steady::now())
-{
-    g_weak_ref_init(&socket, of);
-}
-
 void doors::set(door_settings settings)
 {
     std::lock_guard const lock{mutex_};
@@ -54,8 +49,8 @@ void doors::set(door_settings settings)
 void doors::forget_gone()
 {
     // One whose other end has gone is soon let go of, but not at once.
-    std::erase_if(visitors_, [](auto const& one) {
-        object_ptr<GSocket> const socket{static_cast<GSocket*>(g_weak_ref_get(&one->socket))};
+    std::erase_if(visitors_, [](visitor const& one) {
+        auto const socket = one.socket.lock();
         return !socket || state_of(socket.get()).tcpi_state != established;
     });
 }
@@ -86,7 +81,7 @@ bool doors::admit(GSocket* connection)
     }
     forget_gone();
     auto const same = static_cast<std::size_t>(
-        std::count_if(visitors_.begin(), visitors_.end(), [&](auto const& one) { return one->address == from; }));
+        std::count_if(visitors_.begin(), visitors_.end(), [&](visitor const& one) { return one.address == from; }));
     if (visitors_.size() >= settings_.connections || same >= settings_.connections_per_address) {
         ++counts_.too_many;
         log::warning("refused a connection from ", from, ": there are ", visitors_.size(), ", ", same,
@@ -94,17 +89,15 @@ bool doors::admit(GSocket* connection)
                      "of quillo.conf");
         return false;
     }
-    visitors_.push_back(std::make_unique<visitor>(connection, from));
+    visitors_.push_back({weak_object{connection}, from});
     return true;
 }
 
 doors::visitor* doors::find(GSocket* connection)
 {
-    for (auto const& one : visitors_)
-        if (object_ptr<GSocket> const socket{static_cast<GSocket*>(g_weak_ref_get(&one->socket))};
-            socket.get() == connection)
-            return one.get();
-    return nullptr;
+    auto const one = std::find_if(visitors_.begin(), visitors_.end(),
+                                  [&](visitor const& who) { return who.socket.lock().get() == connection; });
+    return one == visitors_.end() ? nullptr : &*one;
 }
 
 void doors::heard(GSocket* connection, bool plays)
@@ -157,18 +150,18 @@ void doors::look_around(steady::time_point now)
 {
     std::lock_guard const lock{mutex_};
     forget_gone();
-    for (auto const& one : visitors_) {
-        object_ptr<GSocket> const socket{static_cast<GSocket*>(g_weak_ref_get(&one->socket))};
+    for (auto& one : visitors_) {
+        auto const socket = one.socket.lock();
         if (!socket)
             continue;
         auto const bytes = state_of(socket.get()).tcpi_bytes_received;
-        bool const oversized = bytes - one->bytes > settings_.request_size;
-        bool const silent = !one->plays && now - one->last_request > settings_.request_time;
-        one->bytes = bytes;
+        bool const oversized = bytes - one.bytes > settings_.request_size;
+        bool const silent = !one.plays && now - one.last_request > settings_.request_time;
+        one.bytes = bytes;
         if (!oversized && !silent)
             continue;
         ++(oversized ? counts_.oversized : counts_.silent);
-        log::notice("ended the connection from ", one->address,
+        log::notice("ended the connection from ", one.address,
                     oversized ? ": it sends more than requests" : ": it asks for nothing");
         shut(socket.get());
     }

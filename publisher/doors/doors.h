@@ -65,16 +65,11 @@ class doors
   private:
     struct visitor
     {
-        GWeakRef socket; // never moved: GLib knows where it is
+        weak_object<GSocket> socket;
         std::string address;
-        steady::time_point last_request;
+        steady::time_point last_request = steady::now();
         std::uint64_t bytes = 0; // received until the last request or look
         bool plays = false;
-
-        explicit visitor(GSocket* of, std::string from);
-        ~visitor() { g_weak_ref_clear(&socket); }
-        visitor(visitor const&) = delete;
-        visitor& operator=(visitor const&) = delete;
     };
     struct suspect
     {
@@ -90,7 +85,7 @@ class doors
     mutable std::mutex mutex_; // of everything below
     door_settings settings_;
     door_counts counts_;
-    std::vector<std::unique_ptr<visitor>> visitors_;
+    std::vector<visitor> visitors_;
     std::vector<suspect> suspects_;
 };
 

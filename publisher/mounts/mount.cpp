@@ -1,6 +1,7 @@
 #include "publisher/mounts/mount.h"
 
 #include "publisher/doors/rtsp_auth.h"
+#include "publisher/mounts/connection_medias.h"
 #include "publisher/pipeline.h"
 
 #include <gst/app/gstappsrc.h>
@@ -111,10 +112,6 @@ GstElement* create_pipeline(GstRTSPMediaFactory* self, GstRTSPMedia* of)
     return pipeline;
 }
 
-// Who asks and goes without a SETUP would otherwise keep a pipeline with its pictures for as long as gst-rtsp-server
-// keeps what is left of the connection.
-void let_go(GstRTSPClient*, GstRTSPMedia* of) { gst_rtsp_media_unprepare(of); }
-
 void configure(GstRTSPMediaFactory* self, GstRTSPMedia* of)
 {
     GST_RTSP_MEDIA_FACTORY_CLASS(quillo_factory_parent_class)->configure(self, of);
@@ -124,7 +121,7 @@ void configure(GstRTSPMediaFactory* self, GstRTSPMedia* of)
     if (auto const* const request = gst_rtsp_context_get_current()) {
         who->who().identify(*request);
         if (request->client)
-            g_signal_connect_object(request->client, "closed", G_CALLBACK(let_go), of, GConnectFlags{});
+            connection_medias::of(request->client).add(of);
     }
     who->start();
 }
