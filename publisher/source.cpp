@@ -149,11 +149,17 @@ void source::audio(audio_item const& item)
         auto const placed =
             item.silent ? time_.untimed_sound(arrival(item.sent_ns), item.samples, item.format.rate)
                         : time_.sound(item.timecode_100ns, arrival(item.sent_ns), item.samples, item.format.rate);
-        if (!placed.late) {
-            bool const filled = fill_gap(end, placed.start);
-            give({item.format, item.samples, item.planar, placed.start, placed.follows || filled});
+        if (placed.late) {
+            // Those behind the silence that a stream begins with are nobody's loss.
+            blocks_displaced_ += before_ != before::nothing;
+            return;
         }
-        if (!placed.late && !item.silent)
+        if (before_ == before::silence || (before_ == before::sound && !placed.follows))
+            ++sound_breaks_;
+        before_ = before::sound;
+        bool const filled = fill_gap(end, placed.start);
+        give({item.format, item.samples, item.planar, placed.start, placed.follows || filled});
+        if (!item.silent)
             offsets_.sound(arrival(item.sent_ns), placed.start);
         return;
     }
@@ -247,9 +253,12 @@ bool source::fill_sound(ns from)
 {
     int const samples = std::max(1, sound_.rate * filler_block_ms / 1000);
     auto const placed = time_.untimed_sound(from, samples, sound_.rate);
-    if (!placed.late)
-        give({sound_, samples, nullptr, placed.start, placed.follows});
-    return !placed.late;
+    if (placed.late)
+        return false;
+    if (before_ == before::sound)
+        before_ = before::silence;
+    give({sound_, samples, nullptr, placed.start, placed.follows});
+    return true;
 }
 
 // Sound has to begin somewhere, or a description waits for it; but in the right shape, if that is about to be known.
@@ -318,6 +327,7 @@ void source::remove(listener& who)
             last_alpha_.reset();
             pending_.reset();
             sound_rests_ = false;
+            before_ = before::nothing;
             store_.clear();
             offsets_.reset();
         }
@@ -342,8 +352,21 @@ void source::set_network_name(std::string const& name)
 source::state source::current() const
 {
     std::lock_guard const lock{mutex_};
-    state result{network_name_, pictures_,       sound_,  away_,   announced_.has_value(), 0, 0, 0, pictures_in_,
-                 blocks_in_,    time_.anchors(), losses_, offsets_};
+    state result{.network_name = network_name_,
+                 .pictures = pictures_,
+                 .sound = sound_,
+                 .away = away_,
+                 .announced = announced_.has_value(),
+                 .fourcc = 0,
+                 .aspect = 0,
+                 .frame_format = 0,
+                 .pictures_in = pictures_in_,
+                 .blocks_in = blocks_in_,
+                 .anchors = time_.anchors(),
+                 .sound_breaks = sound_breaks_,
+                 .blocks_displaced = blocks_displaced_,
+                 .losses = losses_,
+                 .offsets = offsets_};
     if (announced_) {
         result.fourcc = announced_->fourcc;
         result.aspect = announced_->aspect;

@@ -84,6 +84,8 @@ class source : public channel_events
         std::uint64_t pictures_in;
         std::uint64_t blocks_in;
         std::uint64_t anchors;
+        std::uint64_t sound_breaks;     // silence stood before the host's sound went on: a rest, a seek, a stall
+        std::uint64_t blocks_displaced; // silence had their time already
         protocol::losses_body losses;
         stream_offsets offsets; // while anybody listens
     };
@@ -131,11 +133,14 @@ class source : public channel_events
     bool last_is_filler_ = false;
     ns last_shown_ = 0;        // by the clock
     bool sound_rests_ = false; // silence has taken its place until sound comes again
+    enum class before { nothing, sound, silence } before_ = before::nothing; // what listeners heard last, of the host's
     ns listened_since_ = 0;
     ns last_block_ = 0; // when the sender's last sound came
 
     std::uint64_t pictures_in_ = 0;
     std::uint64_t blocks_in_ = 0;
+    std::uint64_t sound_breaks_ = 0;
+    std::uint64_t blocks_displaced_ = 0;
     protocol::losses_body losses_{};
     stream_offsets offsets_;
 };

@@ -95,6 +95,7 @@ std::string losses(json const& sources)
         blocks.add(of("publisher_late"), number(lost, "audio_no_room"));
         blocks.add(of("refused"), number(lost, "audio_refused"));
         blocks.add(of("encoder_late"), number(lost, "encoder_late_sound"));
+        blocks.add(of("displaced"), number(lost, "audio_displaced"));
         late.add({{"source", path}, {"stream", "video"}}, number(lost, "video_late"));
         late.add({{"source", path}, {"stream", "audio"}}, number(lost, "audio_late"));
     }
@@ -171,6 +172,9 @@ std::string metrics_text(json const& status)
                  "blocks_in") +
            plain("quillo_timeline_restarts_total", "counter", "Seeks, loops and stalls of the host's time.", sources,
                  "anchors") +
+           plain("quillo_audio_breaks_total", "counter",
+                 "Times that silence stood before the host's sound went on: after a rest, a seek or a stall.", sources,
+                 "sound_breaks") +
            plain("quillo_receiver_frames_total", "counter", "Pictures given to receivers.", sources, "frames_sent") +
            losses(sources) + receivers(sources) +
            seconds("quillo_hand_over_seconds", "From the host's send call to the publisher.", sources, "hand_over_ms") +

@@ -60,6 +60,13 @@ class source_sound : public testing::Test
         timecode_ += 100'000;
     }
 
+    // Blocks of the host's that were heard.
+    std::uint64_t spoken() const
+    {
+        auto const is_spoken = [](placed_sound const& block) { return block.planar != nullptr; };
+        return static_cast<std::uint64_t>(std::count_if(listener_.blocks.begin(), listener_.blocks.end(), is_spoken));
+    }
+
     // The tenth block, and what was heard of the next ten from a host that was held up between them.
     std::vector<placed_sound> held_up_for(ns gap)
     {
@@ -106,11 +113,8 @@ TEST_F(source_sound, a_host_that_is_behind_is_not_spoken_over_for_good)
         send_block();
         std::this_thread::sleep_for(std::chrono::milliseconds{10});
     }
-    auto const& heard = listener_.blocks;
-    auto const spoken =
-        std::count_if(heard.begin(), heard.end(), [](auto const& block) { return block.planar != nullptr; });
-    EXPECT_GT(spoken, 15);
-    EXPECT_NE(heard.back().planar, nullptr);
+    EXPECT_GT(spoken(), 15u);
+    EXPECT_NE(listener_.blocks.back().planar, nullptr);
 }
 
 TEST_F(source_sound, a_host_that_speaks_again_is_left_alone)
@@ -134,6 +138,7 @@ TEST_F(source_sound, short_gap_is_filled_to_the_sample)
         silent += heard[k].planar ? 0 : heard[k].samples;
     }
     EXPECT_NEAR(silent, 112 * rate / 1000, 1);
+    EXPECT_EQ(source_.current().sound_breaks, 1u);
 }
 
 TEST_F(source_sound, long_gap_stays_one)
@@ -141,6 +146,37 @@ TEST_F(source_sound, long_gap_stays_one)
     auto const heard = held_up_for(200 * ms);
     EXPECT_TRUE(std::all_of(heard.begin(), heard.end(), [](auto const& block) { return block.planar; }));
     EXPECT_EQ(std::count_if(heard.begin(), heard.end(), [](auto const& block) { return !block.follows; }), 1);
+    EXPECT_EQ(source_.current().sound_breaks, 1u);
+}
+
+TEST_F(source_sound, what_comes_when_silence_had_its_time_is_counted)
+{
+    std::uint64_t sent = 0;
+    auto const speak = [&](int blocks) {
+        for (int block = 0; block < blocks; ++block, ++sent) {
+            send_block();
+            std::this_thread::sleep_for(std::chrono::milliseconds{10});
+        }
+    };
+    while (spoken() == 0)
+        speak(1);
+    sent = 1;
+    speak(10);
+    std::this_thread::sleep_for(std::chrono::milliseconds{100});
+    EXPECT_EQ(source_.current().blocks_displaced, 0u);
+    source_.tick(monotonic_ns());
+    speak(30);
+    auto const now = source_.current();
+    EXPECT_GT(now.blocks_displaced, 0u);
+    EXPECT_EQ(spoken() + now.blocks_displaced, sent) << "heard, or counted";
+    EXPECT_GE(now.sound_breaks, 1u);
+}
+
+TEST_F(source_sound, without_a_gap_is_none_counted)
+{
+    held_up_for(0);
+    EXPECT_EQ(source_.current().sound_breaks, 0u);
+    EXPECT_EQ(source_.current().blocks_displaced, 0u);
 }
 
 class picture_listener : public listener

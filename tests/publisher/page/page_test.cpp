@@ -64,6 +64,7 @@ TEST_F(page, status_is_what_the_local_socket_says)
     EXPECT_EQ(source["format"]["alpha"], false);
     EXPECT_EQ(source["losses"]["encoder_late"], 0);
     EXPECT_EQ(source["losses"]["encoder_late_sound"], 0);
+    EXPECT_EQ(source["losses"]["audio_displaced"], 0);
 }
 
 TEST_F(page, sources_come_and_go)
