@@ -1,5 +1,9 @@
 // What the kernel tells of interfaces, message by message and live.
 #include "publisher/link_watch.h"
+#include "tests/support/live_sender.h"
+#include "tests/support/rtsp_receiver.h"
+#include "tests/support/running_publisher.h"
+#include "tests/support/soon.h"
 
 #include <gtest/gtest.h>
 #include <linux/rtnetlink.h>
@@ -8,12 +12,16 @@
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <thread>
 #include <vector>
 
 namespace quillo::publisher {
 namespace {
+
+using namespace quillo::testing;
 
 constexpr unsigned up = IFF_UP | IFF_RUNNING;
 constexpr unsigned unplugged = IFF_UP;
@@ -116,6 +124,31 @@ TEST(link_watch, hears_from_the_kernel_of_a_link_that_is_back)
         set_loopback(true);
         listen();
         EXPECT_EQ(back, 1);
+    }}.join();
+}
+
+// Of a pair of interfaces each is the other's cable.
+TEST(link_watch, receivers_hear_at_once_how_sound_and_picture_belong_together)
+{
+    std::thread{[] {
+        if (::unshare(CLONE_NEWNET) != 0)
+            GTEST_SKIP() << "no network namespace may be made here";
+        set_loopback(true);
+        ASSERT_EQ(
+            std::system("ip link add one type veth peer name other && ip link set one up && ip link set other up"), 0);
+        running_publisher publisher;
+        live_sender const sender{publisher.socket(), "Source", 1, video_format(320, 180, SenderFourCC_UYVY, 50, 1),
+                                 of_luma(90)};
+        rtsp_receiver receiver{publisher.url("/source"), rtsp_receiver::over::udp, rtsp_receiver::decode::h264};
+        receiver.start();
+        ASSERT_TRUE(receiver.wait_for_picture());
+        // Of the stream with fewer of them.
+        auto const reports = [&] { return std::min(receiver.sender_reports(0), receiver.sender_reports(1)); };
+        ASSERT_TRUE(soon([&] { return reports() > 0; }));
+        auto const before = reports();
+        ASSERT_EQ(std::system("ip link set other down && ip link set other up"), 0);
+        // Each 0.5 s, where each 5 s is usual.
+        EXPECT_TRUE(soon([&] { return reports() >= before + 4; }, 3s));
     }}.join();
 }
 
