@@ -90,8 +90,9 @@ void encoded_feed::sound(placed_sound const& block)
     std::lock_guard const lock{pipelines_mutex_};
     if (!audio_)
         return;
-    if (auto const buffer = as_stereo(block))
-        audio_->push(buffer.get());
+    auto const buffer = as_stereo(block);
+    if (buffer && audio_->push(buffer.get()) == pushed::in_place_of_another)
+        ++lost_packets_;
 }
 
 void encoded_feed::ended()

@@ -93,12 +93,25 @@ bool is_full(GstElement* appsrc)
     return limit != 0 && gst_app_src_get_current_level_buffers(src) >= limit;
 }
 
+namespace {
+
+pushed outcome(GstFlowReturn flow, bool room)
+{
+    return flow != GST_FLOW_OK ? pushed::refused : room ? pushed::queued : pushed::in_place_of_another;
+}
+
+} // namespace
+
 pushed push_buffer(GstElement* appsrc, GstBuffer* buffer)
 {
     bool const room = !is_full(appsrc);
-    if (gst_app_src_push_buffer(GST_APP_SRC(appsrc), retain(buffer).release()) != GST_FLOW_OK)
-        return pushed::refused;
-    return room ? pushed::queued : pushed::in_place_of_another;
+    return outcome(gst_app_src_push_buffer(GST_APP_SRC(appsrc), retain(buffer).release()), room);
+}
+
+pushed push_sample(GstElement* appsrc, GstSample* sample)
+{
+    bool const room = !is_full(appsrc);
+    return outcome(gst_app_src_push_sample(GST_APP_SRC(appsrc), sample), room);
 }
 
 } // namespace quillo::publisher

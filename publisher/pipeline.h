@@ -21,8 +21,9 @@ enum class pushed {
 bool has_started(GstElement* appsrc);
 bool is_full(GstElement* appsrc);
 
-// Pushes into a leaky appsrc, without waiting.
+// Push into a leaky appsrc, without waiting.
 pushed push_buffer(GstElement* appsrc, GstBuffer* buffer);
+pushed push_sample(GstElement* appsrc, GstSample* sample);
 
 // Tells of each error that a pipeline reports, on the thread that met it. Whatever else it reports is let go.
 using error_teller = std::function<void(std::string const& what)>;

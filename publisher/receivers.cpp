@@ -256,6 +256,7 @@ void receivers::dismiss(receiver_ptr const& who)
         auto& gone = gone_[who->path()];
         gone.frames_sent += who->frames_sent;
         gone.frames_dropped += who->frames_dropped;
+        gone.blocks_dropped += who->blocks_dropped;
     }
     dismissed_.notify_all();
 }
@@ -275,6 +276,7 @@ receivers::totals receivers::totals_of(std::string const& source_path) const
         if (who->path() == source_path) {
             all.frames_sent += who->frames_sent;
             all.frames_dropped += who->frames_dropped;
+            all.blocks_dropped += who->blocks_dropped;
         }
     return all;
 }

@@ -55,6 +55,7 @@ class receiver : public std::enable_shared_from_this<receiver>
     std::atomic<bool> playing{false};
     std::atomic<std::uint64_t> frames_sent{0};
     std::atomic<std::uint64_t> frames_dropped{0};
+    std::atomic<std::uint64_t> blocks_dropped{0}; // of sound; packets where it is encoded
 
   private:
     std::string const path_;
@@ -114,6 +115,7 @@ class receivers
     {
         std::uint64_t frames_sent = 0;
         std::uint64_t frames_dropped = 0;
+        std::uint64_t blocks_dropped = 0;
     };
     totals totals_of(std::string const& source_path) const;
 

@@ -37,19 +37,27 @@ json receiver_json(receiver const& who)
             {"playing", who.playing.load()},
             {"since_s", std::chrono::duration<double>(steady::now() - who.since()).count()},
             {"frames_sent", who.frames_sent.load()},
-            {"frames_dropped", who.frames_dropped.load()}};
+            {"frames_dropped", who.frames_dropped.load()},
+            {"blocks_dropped", who.blocks_dropped.load()}};
 }
 
-json losses_json(source::state const& state, encoder_losses const& encoder_late, std::uint64_t receiver_late)
+json losses_json(source::state const& state, encoder_losses const& encoder_late, receivers::totals const& totals)
 {
     auto const& losses = state.losses;
-    return {{"video_sends", losses.video_sends},        {"video_no_slot", losses.video_no_slot},
-            {"video_replaced", losses.video_replaced},  {"video_refused", losses.video_refused},
-            {"audio_sends", losses.audio_sends},        {"audio_no_room", losses.audio_no_room},
-            {"audio_refused", losses.audio_refused},    {"video_late", losses.video_late},
-            {"audio_late", losses.audio_late},          {"encoder_late", encoder_late.pictures},
-            {"receiver_late", receiver_late},           {"encoder_late_sound", encoder_late.packets},
-            {"audio_displaced", state.blocks_displaced}};
+    return {{"video_sends", losses.video_sends},
+            {"video_no_slot", losses.video_no_slot},
+            {"video_replaced", losses.video_replaced},
+            {"video_refused", losses.video_refused},
+            {"video_late", losses.video_late},
+            {"encoder_late", encoder_late.pictures},
+            {"receiver_late", totals.frames_dropped},
+            {"audio_sends", losses.audio_sends},
+            {"audio_no_room", losses.audio_no_room},
+            {"audio_refused", losses.audio_refused},
+            {"audio_late", losses.audio_late},
+            {"audio_displaced", state.blocks_displaced},
+            {"encoder_late_sound", encoder_late.packets},
+            {"receiver_late_sound", totals.blocks_dropped}};
 }
 
 json source_json(source_report const& report, receivers const& watching, std::string const& base)
@@ -79,7 +87,7 @@ json source_json(source_report const& report, receivers const& watching, std::st
             {"frames_sent", totals.frames_sent},
             {"hand_over_ms", number_or_null(state.offsets.hand_over_ms())},
             {"av_offset_ms", number_or_null(state.offsets.av_ms())},
-            {"losses", losses_json(state, report.encoder_late, totals.frames_dropped)}};
+            {"losses", losses_json(state, report.encoder_late, totals)}};
 }
 
 json turned_away_json(door_counts const& counts)

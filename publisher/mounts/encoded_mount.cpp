@@ -109,7 +109,8 @@ void h264_viewer::access_unit(GstSample* unit, bool key)
 void h264_viewer::opus_packet(GstSample* packet)
 {
     if (first_packet_ && who_->playing) {
-        gst_app_src_push_sample(GST_APP_SRC(audio_in_.get()), packet);
+        if (push_sample(audio_in_.get(), packet) == pushed::in_place_of_another)
+            ++who_->blocks_dropped;
     } else if (!first_packet_) {
         early_.push_back(retain(packet));
         begin_sound();
@@ -126,7 +127,7 @@ void h264_viewer::begin_sound()
         early_.pop_front();
     if (!first_unit_ || early_.empty())
         return;
-    first_packet_ = gst_app_src_push_sample(GST_APP_SRC(audio_in_.get()), early_.front().get()) == GST_FLOW_OK;
+    first_packet_ = push_sample(audio_in_.get(), early_.front().get()) != pushed::refused;
     early_.clear();
 }
 

@@ -178,8 +178,9 @@ void raw_viewer::sound(placed_sound const& block)
         return begin_sound();
     if (ended_ || !who_->playing)
         return;
-    if (auto const buffer = as_s24be(block))
-        push_buffer(audio_in_.get(), buffer.get());
+    auto const buffer = as_s24be(block);
+    if (buffer && push_buffer(audio_in_.get(), buffer.get()) == pushed::in_place_of_another)
+        ++who_->blocks_dropped;
 }
 
 } // namespace

@@ -95,6 +95,7 @@ std::string losses(json const& sources)
         blocks.add(of("publisher_late"), number(lost, "audio_no_room"));
         blocks.add(of("refused"), number(lost, "audio_refused"));
         blocks.add(of("encoder_late"), number(lost, "encoder_late_sound"));
+        blocks.add(of("receiver_late"), number(lost, "receiver_late_sound"));
         blocks.add(of("displaced"), number(lost, "audio_displaced"));
         late.add({{"source", path}, {"stream", "video"}}, number(lost, "video_late"));
         late.add({{"source", path}, {"stream", "audio"}}, number(lost, "audio_late"));

@@ -220,8 +220,8 @@ void rtc_viewer::access_unit(GstSample* unit, bool key)
 
 void rtc_viewer::opus_packet(GstSample* packet)
 {
-    if (connected_)
-        gst_app_src_push_sample(GST_APP_SRC(audio_in_.get()), packet);
+    if (connected_ && push_sample(audio_in_.get(), packet) == pushed::in_place_of_another)
+        ++who_->blocks_dropped;
 }
 
 void rtc_viewer::ended()

@@ -113,6 +113,23 @@ TEST_F(bad_viewers, pictures_dropped_for_a_stopped_one_are_counted)
     EXPECT_GE(dropped, 10u);
 }
 
+TEST(bad_viewers_with_time, sound_dropped_for_a_stopped_one_is_counted_and_remembered)
+{
+    running_publisher publisher;
+    live_sender const sender{publisher.socket(), "Source", 1, format, noise_picture};
+    auto const status = [&] { return nlohmann::json::parse(publisher.everything.status())["sources"][0]; };
+    {
+        rtsp_socket stopped{publisher.everything.port()};
+        ASSERT_TRUE(stopped.play(publisher.url("/source/raw")));
+        ASSERT_TRUE(soon([&] {
+            auto const receivers = status()["receivers"];
+            return !receivers.empty() && receivers[0]["blocks_dropped"] > 0;
+        }));
+    }
+    ASSERT_TRUE(soon([&] { return status()["receivers"].empty(); }));
+    EXPECT_GT(status()["losses"]["receiver_late_sound"], 0);
+}
+
 TEST_F(bad_viewers, raw_viewers_beyond_the_limit_are_refused)
 {
     std::vector<std::unique_ptr<rtsp_socket>> many;

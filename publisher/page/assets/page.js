@@ -158,7 +158,7 @@ class Card {
       ['Host late', lost.video_late + lost.audio_late, 'The host missed its own clock. Lower the playback resolution or render the sequence.'],
       ['Publisher late', lost.video_no_slot + lost.audio_no_room + lost.audio_displaced, 'This machine is too busy to take every frame. Close what is not needed.'],
       ['Encoder late', lost.encoder_late + lost.encoder_late_sound, 'The encoder cannot keep up. A smaller sequence, a hardware encoder, or the uncompressed address helps.'],
-      ['Receiver late', lost.receiver_late, 'A receiver or its network is too slow; see Lost in the list below. Others are not touched.'],
+      ['Receiver late', lost.receiver_late + lost.receiver_late_sound, 'A receiver or its network is too slow; see Lost in the list below. Others are not touched.'],
     ];
     const list = this.get('.losses');
     if (!list.children.length)
