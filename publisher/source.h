@@ -26,6 +26,7 @@ class source : public channel_events
     static constexpr ns repeat_after = 200'000'000;       // the last picture again, while the host rests
     static constexpr ns resting_after = 60'000'000;       // no picture for so long
     static constexpr ns fill_sound_after = 60'000'000;    // silence instead of sound that does not come
+    static constexpr ns stood_still_after = 50'000'000;   // without a tick: the machine did, and the host with it
     static constexpr ns longest_filled_gap = 150'000'000; // of one between two blocks
     static constexpr ns black_after = 200'000'000;        // when the sender has no picture for a new listener
     static constexpr ns overdue_after = 1'000'000'000;    // likewise, when it has one and does not hand it over
@@ -136,6 +137,8 @@ class source : public channel_events
     enum class before { nothing, sound, silence } before_ = before::nothing; // what listeners heard last, of the host's
     ns listened_since_ = 0;
     ns last_block_ = 0; // when the sender's last sound came
+    ns last_tick_ = 0;
+    ns awake_since_ = 0; // after the machine stood still
 
     std::uint64_t pictures_in_ = 0;
     std::uint64_t blocks_in_ = 0;

@@ -172,6 +172,40 @@ TEST_F(source_sound, what_comes_when_silence_had_its_time_is_counted)
     EXPECT_GE(now.sound_breaks, 1u);
 }
 
+// The publisher may be the first to wake of a machine that stood still; the host's sound is late, and whole.
+TEST_F(source_sound, a_host_that_stood_still_with_the_machine_is_not_spoken_over)
+{
+    ns const first = listener_.end();
+    std::this_thread::sleep_for(std::chrono::milliseconds{450});
+    for (int block = 0; block < 20; ++block)
+        send_block(first + block * 10 * ms);
+    ns const end = listener_.end();
+    ns const woke = monotonic_ns() + 200 * ms;
+    source_.tick(woke - 200 * ms);
+    source_.tick(woke);
+    EXPECT_EQ(listener_.end(), end);
+    source_.tick(woke + source::fill_sound_after - ms);
+    EXPECT_EQ(listener_.end(), end);
+    for (int block = 20; block < 40; ++block)
+        send_block(first + block * 10 * ms);
+    auto const now = source_.current();
+    EXPECT_EQ(now.blocks_displaced, 0u);
+    EXPECT_EQ(now.sound_breaks, 0u);
+    EXPECT_EQ(spoken(), 40u);
+}
+
+TEST_F(source_sound, a_host_that_did_not_wake_with_the_machine_rests)
+{
+    ns const end = send_block() + 10 * ms;
+    source_.tick(end);
+    source_.tick(end + 200 * ms);
+    for (ns later = 220 * ms; later < 200 * ms + source::fill_sound_after; later += 20 * ms)
+        source_.tick(end + later);
+    ASSERT_LT(listener_.end(), end + 100 * ms);
+    source_.tick(end + 200 * ms + source::fill_sound_after);
+    EXPECT_GT(listener_.end(), end + 200 * ms + source::fill_sound_after);
+}
+
 TEST_F(source_sound, without_a_gap_is_none_counted)
 {
     held_up_for(0);
