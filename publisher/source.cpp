@@ -281,13 +281,16 @@ void source::tick(ns now)
     else if (!last_ && now - listened_since_ >= (has_picture ? overdue_after : black_after))
         show_black(now);
 
-    // A host that stood still with this machine has its sound to say yet, and may be a moment later to wake.
-    if (ns const ticked = std::exchange(last_tick_, now); ticked != 0 && now - ticked > stood_still_after)
+    ns const heard = std::max({time_.sound_end(), listened_since_, last_block_});
+    // A host that stood still with this machine has its sound to say yet, and may be a moment later to wake. Once: on a
+    // machine that does so again and again silence must begin too.
+    ns const ticked = std::exchange(last_tick_, now);
+    if (ticked != 0 && now - ticked > stood_still_after && awake_since_ < heard)
         awake_since_ = now;
     // Silence keeps pace once it has begun: were it late, receivers would take its delay for the network's and set the
     // sound after it apart from the picture. Blocks that come are no rest, even when their place lies far behind now:
     // filled up to now they would all be late, for good.
-    if (now - std::max({time_.sound_end(), listened_since_, last_block_, awake_since_}) >= fill_sound_after)
+    if (now - std::max(heard, awake_since_) >= fill_sound_after)
         sound_rests_ = true;
     while (sound_rests_ && now >= time_.sound_end())
         // Of a long gap only the end is filled.

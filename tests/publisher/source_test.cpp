@@ -206,6 +206,17 @@ TEST_F(source_sound, a_host_that_did_not_wake_with_the_machine_rests)
     EXPECT_GT(listener_.end(), end + 200 * ms + source::fill_sound_after);
 }
 
+TEST_F(source_sound, a_machine_that_stands_still_again_and_again_keeps_no_silence_back)
+{
+    ns const end = send_block() + 10 * ms;
+    ns const step = source::stood_still_after + 10 * ms;
+    source_.tick(end);
+    source_.tick(end + step);
+    ASSERT_LT(listener_.end(), end + step);
+    source_.tick(end + 2 * step);
+    EXPECT_GT(listener_.end(), end + 2 * step);
+}
+
 TEST_F(source_sound, without_a_gap_is_none_counted)
 {
     held_up_for(0);
