@@ -3,6 +3,7 @@
 #pragma once
 
 #include "publisher/doors/address_rules.h"
+#include "publisher/gst_ptr.h"
 
 #include <chrono>
 #include <cstdint>

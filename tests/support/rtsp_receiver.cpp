@@ -2,6 +2,7 @@
 
 #include <gst/app/gstappsink.h>
 
+#include <algorithm>
 #include <ctime>
 #include <memory>
 #include <utility>
@@ -252,11 +253,14 @@ std::size_t rtsp_receiver::pictures() const
     return pictures_;
 }
 
-std::size_t rtsp_receiver::sender_reports(unsigned stream) const
+std::size_t rtsp_receiver::sender_reports() const
 {
     std::lock_guard const lock{mutex_};
-    auto const found = reports_.find(stream);
-    return found == reports_.end() ? 0 : found->second;
+    auto const of = [&](unsigned stream) {
+        auto const found = reports_.find(stream);
+        return found == reports_.end() ? 0 : found->second;
+    };
+    return std::min(of(0), of(1));
 }
 
 std::string rtsp_receiver::sdp() const

@@ -51,8 +51,8 @@ class rtsp_receiver
     bool wait_for_end(std::chrono::milliseconds limit = 20s);
 
     std::size_t pictures() const;
-    std::size_t sender_reports(unsigned stream) const; // RTCP that has come for it
-    std::string sdp() const;                           // empty before it has come
+    std::size_t sender_reports() const; // that have come, of the stream with fewer of them
+    std::string sdp() const;            // empty before it has come
     std::string sound_caps() const;
 
     // Instead of keeping pictures: called for each as it stands in the receiver's memory, on the receiver's thread.
