@@ -463,10 +463,14 @@ TEST_F(mounts, killed_viewer_is_forgotten_and_others_go_on)
     // Goes through DESCRIBE and SETUP like any other, then is gone in the middle of a frame.
     watch("/raw")->wait_for_picture();
     EXPECT_TRUE(soon([&] { return status()["sources"][0]["receivers"].size() == 1; }));
-    auto const before = staying->wait_for_picture();
-    auto const after = staying->wait_for_picture();
-    ASSERT_TRUE(before && after);
-    EXPECT_EQ(number_in(after->bytes), number_in(before->bytes) + 1);
+    auto before = staying->wait_for_picture();
+    ASSERT_TRUE(before);
+    for (int k = 0; k < 20; ++k) {
+        auto next = staying->wait_for_picture();
+        ASSERT_TRUE(next);
+        EXPECT_GT(number_in(next->bytes), number_in(before->bytes));
+        before = std::move(next);
+    }
 }
 
 TEST_F(mounts, end_of_the_sender_ends_its_viewers)

@@ -157,9 +157,10 @@ def main():
     options = parser.parse_args()
     with tempfile.TemporaryDirectory(prefix="quillo-clips-") as folder:
         if options.short:
-            results = [watch(name, path, 2, True, options.png) for name, path in short_clips(folder)]
+            clips, seconds = short_clips(folder), 2
         else:
-            results = [watch(name, path, options.seconds, False, options.png) for name, path in made_clips(options.clips)]
+            clips, seconds = made_clips(options.clips), options.seconds
+        results = [road.undisturbed(lambda: watch(name, path, seconds, options.short, options.png)) for name, path in clips]
     return 0 if results and all(results) else 1
 
 
