@@ -97,8 +97,12 @@ buffer_ptr picture_store::take(sent_picture const& sent, picture_format const& s
     bool const as_announced =
         shape.width == format_.width && shape.height == format_.height && shape.layout == format_.layout;
     if (as_announced)
-        if (auto as_sent = in_place(sent))
+        if (auto as_sent = in_place(sent)) {
+            if (++in_place_ == calm)
+                fills_.clear();
             return as_sent;
+        }
+    in_place_ = 0;
     auto buffer = fills_.blank();
     if (!buffer)
         return nullptr;

@@ -11,6 +11,9 @@ namespace quillo::publisher {
 class picture_store
 {
   public:
+    // So many in a row that need no copy, and the memory of copies is given back: a bad second may have taken several.
+    static constexpr unsigned calm = 600;
+
     // The shape of the pictures from here on. Buffers of the shape before stay good.
     void set_format(picture_format const& format);
 
@@ -35,6 +38,7 @@ class picture_store
 
     picture_format format_;
     bool has_format_ = false;
+    unsigned in_place_ = 0; // in a row
     frame_pool fills_;
     frame_pool alphas_;
 };

@@ -297,6 +297,30 @@ TEST_F(source_pictures, who_comes_after_the_last_one_went_is_known_from_him)
     EXPECT_NE(source_.watched(), first);
 }
 
+// Else the memory of one bad second would be the source's for hours.
+TEST_F(source_pictures, memory_of_copies_is_given_back_when_none_is_needed_for_long)
+{
+    ASSERT_FALSE(shown_in_place(16, SenderFourCC_UYVY, nullptr));
+    bool gone = false;
+    gst_mini_object_weak_ref(
+        GST_MINI_OBJECT(gst_buffer_peek_memory(listener_.last.get(), 0)),
+        [](gpointer told, GstMiniObject*) { *static_cast<bool*>(told) = true; }, &gone);
+    auto const loan = std::make_shared<int>();
+    auto const format = quillo::testing::video_format(16, 8, SenderFourCC_UYVY);
+    std::int64_t timecode = 2'000'000;
+    auto const show = [&](std::shared_ptr<void const> const& lent) {
+        source_.video({{format, sent_.data(), lent}, timecode += 400'000, monotonic_ns(), 0, false});
+    };
+    for (unsigned k = 1; k < picture_store::calm; ++k)
+        show(loan);
+    EXPECT_FALSE(gone) << "the next copy would use it again";
+    show(loan);
+    EXPECT_TRUE(gone);
+    show(nullptr);
+    EXPECT_NE(listener_.place(), sent_.data()) << "a copy, as before";
+    EXPECT_EQ(*listener_.place(), 77);
+}
+
 TEST_F(source_pictures, what_is_lent_and_has_the_right_shape_is_not_copied)
 {
     auto const loan = std::make_shared<int>();
