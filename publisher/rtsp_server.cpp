@@ -1,12 +1,11 @@
 #include "publisher/rtsp_server.h"
 
 #include "publisher/link_watch.h"
+#include "publisher/live_socket.h"
 #include "publisher/log.h"
 #include "publisher/mount_points.h"
 
 #include <malloc.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
 
 #include <algorithm>
 #include <iterator>
@@ -23,14 +22,6 @@ constexpr int client_threads = 16; // one that waits for an encoder holds up tho
 constexpr int backlog = 128;       // more who come at once wait for a second
 constexpr std::chrono::milliseconds goodbye_time{100};
 constexpr std::chrono::milliseconds after_closing{500};
-
-// The last packets of a picture do not wait for the acknowledgement of those before, which may take 40 ms.
-void send_at_once(GstRTSPClient* client)
-{
-    GstRTSPConnection* const connection = gst_rtsp_client_get_connection(client);
-    if (GSocket* const socket = connection ? gst_rtsp_connection_get_write_socket(connection) : nullptr)
-        g_socket_set_option(socket, IPPROTO_TCP, TCP_NODELAY, 1, nullptr);
-}
 
 void on_play(GstRTSPClient*, GstRTSPContext* request, gpointer)
 {
@@ -99,7 +90,6 @@ class rtsp_server::departed
 
 void rtsp_server::welcome(GstRTSPClient* client)
 {
-    send_at_once(client);
     g_signal_connect(client, "pre-describe-request", G_CALLBACK(refuse_when_full), nullptr);
     g_signal_connect(client, "play-request", G_CALLBACK(on_play), nullptr);
     // Connections may outlive the server.
@@ -165,11 +155,11 @@ void rtsp_server::listen(rtsp_settings const& settings)
     for (int port = settings.port; port <= last; ++port) {
         gst_rtsp_server_set_service(server_.get(), std::to_string(port).c_str());
         GError* error = nullptr;
-        g_source_ptr const accepting{gst_rtsp_server_create_source(server_.get(), nullptr, &error)};
+        auto const listening =
+            adopt<object_ptr<GSocket>>(gst_rtsp_server_create_socket(server_.get(), nullptr, &error));
         error_ptr const owned{error};
-        if (accepting) {
-            g_source_attach(accepting.get(), context_.get());
-            port_ = gst_rtsp_server_get_bound_port(server_.get());
+        if (listening) {
+            accept(listening.get());
             if (settings.port != 0 && port_ != settings.port)
                 log::warning("port ", settings.port, " is taken, using ", port_);
             return;
@@ -178,6 +168,18 @@ void rtsp_server::listen(rtsp_settings const& settings)
     }
     throw std::runtime_error{"cannot listen at " + settings.address + " port " + std::to_string(settings.port) + ": " +
                              problem};
+}
+
+// Connections are made as the socket is that they come in at.
+void rtsp_server::accept(GSocket* listening)
+{
+    make_live(listening);
+    g_source_ptr const accepting{g_socket_create_source(listening, G_IO_IN, nullptr)};
+    g_source_set_callback(accepting.get(), G_SOURCE_FUNC(gst_rtsp_server_io_func),
+                          retain_object(server_.get()).release(), g_object_unref);
+    g_source_attach(accepting.get(), context_.get());
+    auto const here = adopt<object_ptr<GSocketAddress>>(g_socket_get_local_address(listening, nullptr));
+    port_ = g_inet_socket_address_get_port(G_INET_SOCKET_ADDRESS(here.get()));
 }
 
 void rtsp_server::run()

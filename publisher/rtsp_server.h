@@ -47,6 +47,7 @@ class rtsp_server
     class departed;
 
     void listen(rtsp_settings const& settings);
+    void accept(GSocket* listening);
     void welcome(GstRTSPClient* client);
     void run();
     void watch_connections();

@@ -1,5 +1,6 @@
 #include "publisher/page/http_server.h"
 
+#include "publisher/live_socket.h"
 #include "publisher/log.h"
 #include "publisher/page/own_host.h"
 
@@ -181,7 +182,7 @@ void http_server::incoming(GSocketConnection* connected)
         return;
 
     GSocket* const socket = g_socket_connection_get_socket(connected);
-    g_socket_set_option(socket, IPPROTO_TCP, TCP_NODELAY, 1, nullptr);
+    make_live(socket);
     // What cannot be sent yet waits with us, where the next picture takes its place.
     g_socket_set_option(socket, IPPROTO_TCP, TCP_NOTSENT_LOWAT, unsent_bytes, nullptr);
     g_socket_set_option(socket, IPPROTO_TCP, TCP_USER_TIMEOUT, acknowledged_within_s * 1000, nullptr);
