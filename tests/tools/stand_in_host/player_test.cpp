@@ -280,7 +280,7 @@ TEST_F(Player, ScrubsToAndFro)
 TEST_F(Player, SlowPushesDropFramesButTheClockGoesOn)
 {
     auto const clip = make_pattern(small_pattern());
-    told->behaviour.push_us = 20000; // a frame lasts 4 ms of real time here
+    told->behaviour.push_blocks = 20; // five frames
     play(*clip, frames(6));
     EXPECT_GT(figures.dropped, 5);
     auto const list = counters();

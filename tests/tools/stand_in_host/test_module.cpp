@@ -28,7 +28,8 @@ struct instance
     bool audio_active = false;
     std::thread clock;
     std::atomic<bool> stop = false;
-    std::mutex renewing; // guards the record
+    std::atomic<long> blocks = 0; // that the clock has moved on by
+    std::mutex renewing;          // guards the record
     tmPlaybackClock clock_record{};
     tmInstance record{};
     PPixHand held = nullptr;
@@ -183,6 +184,7 @@ void run_clock(instance& i)
             renewed = i.clock_record;
         }
         renewed.inClockCallback(renewed.inCallbackContext, second * b.block_ms / 1000);
+        ++i.blocks;
         if (std::exchange(negative, false))
             renewed.inClockCallback(renewed.inCallbackContext, -1);
     }
@@ -254,8 +256,8 @@ tmResult push(tmStdParms const*, tmInstance const* record, tmPushVideo const* pu
         if (b.disposal == test_behaviour::twice)
             ppix->Dispose(frame);
     }
-    if (b.push_us > 0)
-        std::this_thread::sleep_for(std::chrono::microseconds(b.push_us));
+    for (long const end = i.blocks + b.push_blocks; i.clock.joinable() && i.blocks < end;)
+        std::this_thread::sleep_for(std::chrono::microseconds(b.block_wait_us));
     return 0;
 }
 

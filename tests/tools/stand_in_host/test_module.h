@@ -38,7 +38,7 @@ struct test_behaviour
     bool pulls_audio = true;
     int block_ms = 10;        // of the clock and of audio
     int block_wait_us = 1000; // real time that a block takes
-    int push_us = 0;          // real time that a push takes
+    int push_blocks = 0;      // that the running clock moves on by while a push lasts
     std::function<void(test_picture const&)> on_push;
     std::function<void(float const* const* channels, unsigned channel_count, unsigned samples, PrTime time)> on_audio;
 };
