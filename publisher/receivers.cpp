@@ -23,8 +23,10 @@ constexpr std::uint64_t least_progress = 16384;
 
 // Receivers set sound and picture right by sender reports, and by nothing else: where the network has just changed, or
 // may have without a sign, they come often. Otherwise rarely, since each may move the times of the sound by a little.
+// After a lag a receiver lets each stream go its own way so fast that half a second is too long.
 constexpr std::chrono::milliseconds report_interval{5000};
 constexpr std::chrono::milliseconds short_report_interval{500};
+constexpr std::chrono::milliseconds shortest_report_interval{100};
 constexpr std::chrono::milliseconds first_report_within{100};
 
 struct tcp_state
@@ -154,10 +156,14 @@ void receiver::check_progress(GstRTSPClient* client, steady::duration limit)
     auto const now = steady::now();
     bool const by_tcp = state && transport() == "TCP";
     bool const far = !is_loopback(address());
-    bool const changed =
-        network_.recent(now, frames_dropped, by_tcp && far ? std::optional{state->round_trip} : std::nullopt);
+    using lately = network_change::lately;
+    auto const network =
+        network_.look(now, frames_dropped, by_tcp && far ? std::optional{state->round_trip} : std::nullopt);
     // Nothing tells in time what becomes of packets over UDP.
-    report_often(changed || (far && transport() == "UDP"));
+    bool const may_change = far && transport() == "UDP";
+    set_report_interval(network == lately::caught_up               ? shortest_report_interval
+                        : network == lately::changed || may_change ? short_report_interval
+                                                                   : report_interval);
     if (by_tcp) {
         if (auto const why = slowness_.look(
                 {now, frames_sent, frames_dropped, state->acknowledged, state->busy, state->waits_for_reader},
@@ -188,14 +194,15 @@ void receiver::held_up()
         if (!self)
             return;
         self->network_.stood_still(steady::now());
-        self->reports_often_ = self->report_every(short_report_interval);
+        if (self->report_every(short_report_interval))
+            self->report_interval_ = short_report_interval;
     });
 }
 
-void receiver::report_often(bool often)
+void receiver::set_report_interval(std::chrono::milliseconds interval)
 {
-    if (often != reports_often_ && report_every(often ? short_report_interval : report_interval))
-        reports_often_ = often;
+    if (interval != report_interval_ && report_every(interval))
+        report_interval_ = interval;
 }
 
 bool receiver::report_every(std::chrono::milliseconds interval) const

@@ -66,7 +66,7 @@ class receiver : public std::enable_shared_from_this<receiver>
 
     void on_its_thread(std::chrono::milliseconds from_now, std::function<void(GstRTSPClient*)> f) const;
     void check_progress(GstRTSPClient* client, steady::duration limit);
-    void report_often(bool often);
+    void set_report_interval(std::chrono::milliseconds interval);
     bool report_every(std::chrono::milliseconds interval) const; // and now; false without a reporter
 
     mutable std::mutex mutex_;
@@ -84,7 +84,7 @@ class receiver : public std::enable_shared_from_this<receiver>
     steady::time_point last_progress_ = steady::now();
     slow_receiver slowness_;
     network_change network_;
-    bool reports_often_ = false;
+    std::chrono::milliseconds report_interval_{5000}; // GStreamer's own at first
 };
 
 using receiver_ptr = std::shared_ptr<receiver>;
