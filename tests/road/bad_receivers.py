@@ -127,7 +127,7 @@ class Lab:
         self.wire = Wire(self.here, self.there)
         self.here.enter()  # this process, too, lives there from now on
         self.road = road.Road()
-        os.setpriority(os.PRIO_PROCESS, 0, 0)
+        os.setpriority(os.PRIO_PROCESS, 0, 0)  # the lab before this one left it lower
         self.player = self.road.play("--pattern", "bars", "--size", "1280x720", "--rate", str(RATE), "--json", "--script",
                                      stdin=subprocess.PIPE, stderr=subprocess.DEVNULL)
         # What receives stands for other machines: it takes no processor from the host.
