@@ -14,6 +14,7 @@ namespace {
 constexpr char const* payload_key = "payload";
 constexpr guint8 rtcp_sender_report = 200; // RFC 3550, 6.4.1
 constexpr std::size_t most_waiting = 32;   // pictures that nobody asked for yet
+constexpr std::chrono::seconds opening_limit{5};
 
 std::int64_t now_ns()
 {
@@ -66,14 +67,42 @@ rtsp_receiver::rtsp_receiver(std::string const& url, over transport, decode kind
                          g_signal_connect(rtpbin, "on-new-ssrc", G_CALLBACK(stream_began), self);
                      }),
                      this);
+    gst_bus_set_sync_handler(
+        adopt<bus_ptr>(gst_element_get_bus(pipeline_.get())).get(),
+        [](GstBus*, GstMessage* message, gpointer self) {
+            if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_PROGRESS)
+                static_cast<rtsp_receiver*>(self)->note(message);
+            return GST_BUS_PASS;
+        },
+        this, nullptr);
+}
+
+void rtsp_receiver::note(GstMessage* progress)
+{
+    GstProgressType how;
+    gchar* what = nullptr;
+    gst_message_parse_progress(progress, &how, &what, nullptr);
+    string_ptr const owned{what};
+    if (owned.get() != std::string_view{"open"})
+        return;
+    std::lock_guard const lock{mutex_};
+    opening_ = how == GST_PROGRESS_TYPE_START || how == GST_PROGRESS_TYPE_CONTINUE;
+    changed_.notify_all();
 }
 
 void rtsp_receiver::start() { gst_element_set_state(pipeline_.get(), GST_STATE_PLAYING); }
 
 // The ends first, which may hold threads of the source, then the source: otherwise its threads would still be in the
 // depayloaders, where rtpvrawdepay goes on with a description of pictures that is gone as soon as it is stopped.
+//
+// Not while it opens: it would use its list of streams while its own thread, which was refused, gives them up. Of that
+// it has told before, so that who waited for the error may come too early.
 rtsp_receiver::~rtsp_receiver()
 {
+    {
+        std::unique_lock lock{mutex_};
+        changed_.wait_for(lock, opening_limit, [this] { return !opening_; });
+    }
     std::unique_ptr<GstIterator, decltype(&gst_iterator_free)> ends{nullptr, gst_iterator_free};
     {
         std::lock_guard const lock{linking_};

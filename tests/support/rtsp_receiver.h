@@ -63,6 +63,7 @@ class rtsp_receiver
   private:
     static void stream_began(GstElement* rtpbin, guint stream, guint ssrc, gpointer self);
     void count_reports(GstElement* rtpbin, unsigned stream);
+    void note(GstMessage* progress);
     void link(GstPad* pad);
     void take_picture(GstSample* sample, int payload);
     void take_sound(GstSample* sample);
@@ -79,6 +80,7 @@ class rtsp_receiver
     std::string sound_caps_;
     std::string sdp_;
     std::size_t pictures_ = 0;
+    bool opening_ = false;
     std::map<unsigned, std::size_t> reports_;
 };
 
