@@ -23,6 +23,8 @@ void encoded_feed::add(encoded_viewer& viewer)
 {
     std::lock_guard const lock{viewers_mutex_};
     viewers_.push_back(&viewer);
+    if (ended_)
+        viewer.ended();
 }
 
 void encoded_feed::remove(encoded_viewer& viewer)
@@ -98,6 +100,7 @@ void encoded_feed::sound(placed_sound const& block)
 void encoded_feed::ended()
 {
     std::lock_guard const lock{viewers_mutex_};
+    ended_ = true;
     for (auto* const viewer : viewers_)
         viewer->ended();
 }

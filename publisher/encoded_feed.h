@@ -43,7 +43,7 @@ class encoded_feed : public listener
   public:
     explicit encoded_feed(encoder_choice choice) : choice_(std::move(choice)) {}
 
-    void add(encoded_viewer& viewer);
+    void add(encoded_viewer& viewer);    // told at once of an end that came before it
     void remove(encoded_viewer& viewer); // not called any more once this has returned
     bool has_viewers() const;
 
@@ -73,6 +73,7 @@ class encoded_feed : public listener
 
     mutable std::mutex viewers_mutex_;
     std::vector<encoded_viewer*> viewers_;
+    bool ended_ = false;
 
     mutable std::mutex pipelines_mutex_; // never taken by the pipelines' threads
     std::optional<picture_format> pictures_;

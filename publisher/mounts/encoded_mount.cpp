@@ -133,11 +133,10 @@ void h264_viewer::begin_sound()
 
 void h264_viewer::ended()
 {
-    // A description may wait for the first picture, which the encoder has in its hands.
-    if (first_unit_)
+    if (first_unit_ && first_packet_)
         say_goodbye();
     else
-        who_->end({});
+        give_up();
 }
 
 } // namespace

@@ -70,17 +70,27 @@ void unprepared(GstRTSPMedia* self)
         who->leave();
 }
 
+message_ptr source_is_gone(GstElement* where)
+{
+    error_ptr const error{g_error_new_literal(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_NOT_FOUND, "the source is gone")};
+    return adopt<message_ptr>(gst_message_new_error(where ? GST_OBJECT(where) : nullptr, error.get(), nullptr));
+}
+
 gboolean handle_message(GstRTSPMedia* self, GstMessage* message)
 {
     // Its thread may have a last error of the pipeline in its hands. The parent class would take it for one of a media
     // that is still to be ended, and end it once more.
     if (reinterpret_cast<media*>(self)->over)
         return TRUE;
+    auto* const parent = GST_RTSP_MEDIA_CLASS(quillo_media_parent_class);
+    auto* const who = viewer_of(self);
+    // The pipeline may have been too young to be told, hence it hears of it whatever it says.
+    if (who && who->has_given_up())
+        return parent->handle_message(self, source_is_gone(nullptr).get());
     // Everything that was pushed has reached the network, the goodbyes behind it.
-    if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_EOS)
-        if (auto* const who = viewer_of(self))
-            who->who().end(on_its_way);
-    return GST_RTSP_MEDIA_CLASS(quillo_media_parent_class)->handle_message(self, message);
+    if (who && GST_MESSAGE_TYPE(message) == GST_MESSAGE_EOS)
+        who->who().end(on_its_way);
+    return parent->handle_message(self, message);
 }
 
 void quillo_media_class_init(mediaClass* of)
@@ -151,6 +161,14 @@ void viewer::say_goodbye()
     if (key_in_)
         gst_app_src_end_of_stream(GST_APP_SRC(key_in_.get()));
     who_->end(goodbye_limit);
+}
+
+// An error of the pipeline is what gst-rtsp-server stops waiting for.
+void viewer::give_up()
+{
+    given_up_ = true;
+    gst_element_post_message(video_in_.get(), source_is_gone(video_in_.get()).release());
+    who_->end({});
 }
 
 object_ptr<GstRTSPMediaFactory> make_factory(std::shared_ptr<mount> served)

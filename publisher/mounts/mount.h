@@ -5,6 +5,7 @@
 #include "publisher/gst_ptr.h"
 #include "publisher/receivers.h"
 
+#include <atomic>
 #include <memory>
 #include <string>
 
@@ -24,6 +25,8 @@ class viewer
     virtual void describe(GstSDPMessage& description) = 0;
 
     receiver& who() { return *who_; }
+    // The source has ended before all was there that its description waits for: no use in waiting on.
+    bool has_given_up() const { return given_up_; }
     // It is gone, although what answered it may stay for a while.
     void leave()
     {
@@ -39,12 +42,17 @@ class viewer
   protected:
     // Ends the receiver in order: a goodbye in RTCP, then the connection.
     void say_goodbye();
+    // Ends one that is not described yet.
+    void give_up();
 
     element_ptr video_in_; // the appsrcs in the bin
     element_ptr audio_in_;
     element_ptr key_in_; // where there is one
     std::shared_ptr<receivers> const all_;
     receiver_ptr const who_;
+
+  private:
+    std::atomic<bool> given_up_{false};
 };
 
 class mount

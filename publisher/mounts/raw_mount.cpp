@@ -117,11 +117,10 @@ void raw_viewer::ended()
 {
     if (std::exchange(ended_, true))
         return;
-    // A description may wait for the first picture.
-    if (first_picture_)
+    if (first_picture_ && first_block_)
         say_goodbye();
     else
-        who_->end({});
+        give_up();
 }
 
 pushed raw_viewer::push(raw_form::pictures const& made)

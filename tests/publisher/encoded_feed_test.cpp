@@ -25,7 +25,7 @@ nanoseconds now() { return std::chrono::steady_clock::now().time_since_epoch(); 
 class recording_viewer : public encoded_viewer
 {
   public:
-    enum class what { key, delta, packet, held_up };
+    enum class what { key, delta, packet, held_up, ended };
     struct event
     {
         what kind;
@@ -52,7 +52,7 @@ class recording_viewer : public encoded_viewer
     void access_unit(GstSample* unit, bool key) override { add(key ? what::key : what::delta, time_of(unit)); }
     void opus_packet(GstSample* packet) override { add(what::packet, time_of(packet)); }
     void held_up() override { add(what::held_up, {}); }
-    void ended() override {}
+    void ended() override { add(what::ended, {}); }
 
     static nanoseconds time_of(GstSample* sample) { return nanoseconds{GST_BUFFER_PTS(gst_sample_get_buffer(sample))}; }
 
@@ -108,6 +108,16 @@ class encoded_feed_test : public ::testing::Test
     std::unique_ptr<encoded_feed> feed_;
     nanoseconds sound_time_ = now();
 };
+
+TEST_F(encoded_feed_test, viewer_that_comes_after_the_end_hears_of_it)
+{
+    feed_->ended();
+    recording_viewer late;
+    feed_->add(late);
+    EXPECT_THAT(viewer_.kinds_from(0), ElementsAre(what::ended));
+    EXPECT_THAT(late.kinds_from(0), ElementsAre(what::ended));
+    feed_->remove(late);
+}
 
 TEST_F(encoded_feed_test, sound_left_by_a_stall_is_not_sent_and_viewers_hear_when_it_goes_on)
 {

@@ -371,6 +371,23 @@ TEST_F(mounts, who_waits_for_a_description_is_not_left_waiting_when_sound_change
     EXPECT_THAT(receiver->sdp(), ::testing::HasSubstr("L24/48000/16"));
 }
 
+TEST_F(mounts, who_waits_for_a_description_is_not_left_waiting_when_the_sender_goes)
+{
+    for (auto const* mount : {"/raw", "/raw+key", "/bgra", ""})
+        for (bool const has_sound : {false, true}) {
+            auto sender = std::make_unique<protocol_sender>(publisher_.socket());
+            sender->hello("Adobe Premiere Pro", 1);
+            ASSERT_TRUE(sender->receive(protocol::message::welcome));
+            if (has_sound)
+                sender->announce(protocol::audio_format_body{48000, 2});
+            sender->announce(hd);
+            auto const receiver = watch(mount);
+            ASSERT_TRUE(sender->wait_for_wants(true));
+            sender.reset();
+            EXPECT_TRUE(receiver->wait_for_end(3s)) << mount << (has_sound ? " with sound" : "");
+        }
+}
+
 TEST_F(mounts, sender_that_has_a_picture_is_given_time_to_hand_it_over)
 {
     protocol_sender sender{publisher_.socket()};
