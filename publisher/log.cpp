@@ -21,9 +21,10 @@ std::atomic<level> most_verbose_level{level::info};
 std::atomic<bool> as_json{false};
 
 std::mutex one_at_a_time;
-limit& places() // with the lock
+// With the lock. Never destroyed: threads of libraries may speak until the process is gone.
+limit& places()
 {
-    static limit all;
+    static limit& all = *new limit;
     return all;
 }
 

@@ -107,8 +107,7 @@ rtsp_server::rtsp_server(rtsp_settings const& settings, std::shared_ptr<receiver
       doors_(std::make_shared<doors>(settings.doors)), dead_after_(settings.dead_after)
 {
     gst_rtsp_server_set_mount_points(server_.get(), points_.get());
-    auto const threads = adopt<object_ptr<GstRTSPThreadPool>>(gst_rtsp_server_get_thread_pool(server_.get()));
-    gst_rtsp_thread_pool_set_max_threads(threads.get(), client_threads);
+    gst_rtsp_server_set_thread_pool(server_.get(), make_thread_pool(threads_, client_threads).get());
     gst_rtsp_server_set_backlog(server_.get(), backlog);
     g_signal_connect(server_.get(), "client-connected",
                      G_CALLBACK(+[](GstRTSPServer*, GstRTSPClient* client, gpointer self) {
@@ -137,6 +136,10 @@ rtsp_server::~rtsp_server()
         loop_.get(), nullptr);
     g_source_attach(quit.get(), context_.get());
     thread_.join();
+    // Nobody comes in any more.
+    doors_->shut_all();
+    if (!threads_->wait_until_none(patience))
+        log::warning("some connections did not end in time");
     departed_->stop();
 }
 

@@ -1,6 +1,7 @@
 // The RTSP server: a port, the paths behind it, and a thread that accepts, ends dead receivers and runs timers.
 #pragma once
 
+#include "publisher/connection_threads.h"
 #include "publisher/doors/rtsp_auth.h"
 #include "publisher/gst_ptr.h"
 #include "publisher/mounts/mount.h"
@@ -31,7 +32,8 @@ class rtsp_server
     rtsp_server(rtsp_settings const& settings, std::shared_ptr<receivers> all);
     rtsp_server(rtsp_server const&) = delete;
     rtsp_server& operator=(rtsp_server const&) = delete;
-    // Ends all receivers, and waits a little for them. Connections without a receiver stay until their other end goes.
+    // Ends all receivers in order, then whoever else is connected, and waits a little for the threads that served them:
+    // the process may end right after.
     ~rtsp_server();
 
     int port() const { return port_; }
@@ -54,6 +56,7 @@ class rtsp_server
     void link_is_back();
 
     std::shared_ptr<receivers> const all_;
+    std::shared_ptr<running_threads> const threads_ = std::make_shared<running_threads>();
     context_ptr context_;
     loop_ptr loop_;
     object_ptr<GstRTSPServer> server_;

@@ -167,6 +167,14 @@ void doors::look_around(steady::time_point now)
     }
 }
 
+void doors::shut_all()
+{
+    std::lock_guard const lock{mutex_};
+    for (auto const& one : visitors_)
+        if (auto const socket = one.socket.lock())
+            shut(socket.get());
+}
+
 door_counts doors::counts() const
 {
     std::lock_guard const lock{mutex_};

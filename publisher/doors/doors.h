@@ -61,6 +61,9 @@ class doors
     // To be called about once a second.
     void look_around(steady::time_point now);
 
+    // Whoever is still there has to go.
+    void shut_all();
+
     door_counts counts() const;
 
   private:

@@ -95,6 +95,20 @@ TEST(doors, silence_ends)
     EXPECT_FALSE(watching.ended_by_peer(0ms));
 }
 
+TEST(doors, end_of_the_publisher_ends_everybody)
+{
+    auto place = std::make_unique<guarded>(publisher::door_settings{});
+    rtsp_socket silent{place->port()};
+    rtsp_socket asking{place->port()};
+    ASSERT_TRUE(answers(asking));
+    rtsp_socket watching{place->port()};
+    ASSERT_TRUE(watching.play(place->raw()));
+    place.reset();
+    EXPECT_TRUE(watching.ended_by_peer());
+    EXPECT_TRUE(asking.ended_by_peer());
+    EXPECT_TRUE(silent.ended_by_peer());
+}
+
 // What is said on standard error, as it comes.
 class overheard
 {
