@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include <cmath>
+#include <future>
 #include <set>
 
 namespace quillo::testing {
@@ -381,10 +382,18 @@ TEST_F(mounts, who_waits_for_a_description_is_not_left_waiting_when_the_sender_g
             if (has_sound)
                 sender->announce(protocol::audio_format_body{48000, 2});
             sender->announce(hd);
-            auto const receiver = watch(mount);
+            rtsp_socket asking{publisher_.everything.port()};
+            auto answer = std::async(std::launch::async, [&] {
+                return asking.ask("DESCRIBE", publisher_.url(std::string{"/adobe-premiere-pro"} + mount));
+            });
             ASSERT_TRUE(sender->wait_for_wants(true));
             sender.reset();
-            EXPECT_TRUE(receiver->wait_for_end(3s)) << mount << (has_sound ? " with sound" : "");
+            ASSERT_EQ(answer.wait_for(3s), std::future_status::ready) << mount;
+            auto const got = answer.get();
+            // Where the shape of the sound is known a black picture and silence may have made a description whole.
+            bool const described = got.starts_with("RTSP/1.0 200");
+            EXPECT_TRUE(got.starts_with("RTSP/1.0 503") || (has_sound && described)) << mount << ": " << got;
+            EXPECT_TRUE(asking.ended_by_peer()) << mount;
         }
 }
 
