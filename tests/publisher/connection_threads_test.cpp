@@ -45,7 +45,7 @@ TEST(connection_threads, what_a_thread_is_busy_with_is_waited_for)
         std::this_thread::sleep_for(200ms);
         done = true;
     };
-    g_source_ptr const busy{g_idle_source_new()};
+    g_source_ptr busy{g_idle_source_new()};
     g_source_set_callback(
         busy.get(),
         [](gpointer data) -> gboolean {
@@ -54,6 +54,8 @@ TEST(connection_threads, what_a_thread_is_busy_with_is_waited_for)
         },
         &work, nullptr);
     g_source_attach(busy.get(), thread->context);
+    // GLib looks into a source's context to let go of it: not from here any more once the thread may free that.
+    busy.reset();
     while (!begun)
         std::this_thread::yield();
     gst_rtsp_thread_stop(thread);
